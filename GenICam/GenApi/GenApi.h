@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// All of the node-map layer with one include.
+
+#include <Base/GCException.h>
+#include <Base/GCString.h>
+#include <Base/GCStringVector.h>
+#include <Base/GCTypes.h>
+#include <GenApi/Container.h>
+#include <GenApi/IBase.h>
+#include <GenApi/IBoolean.h>
+#include <GenApi/ICategory.h>
+#include <GenApi/ICommand.h>
+#include <GenApi/IDeviceInfo.h>
+#include <GenApi/IEnumEntry.h>
+#include <GenApi/IEnumeration.h>
+#include <GenApi/IFloat.h>
+#include <GenApi/IInteger.h>
+#include <GenApi/INode.h>
+#include <GenApi/INodeMap.h>
+#include <GenApi/IPort.h>
+#include <GenApi/IRegister.h>
+#include <GenApi/ISelector.h>
+#include <GenApi/IString.h>
+#include <GenApi/IValue.h>
+#include <GenApi/NodeMapFactory.h>
+#include <GenApi/NodeMapRef.h>
+#include <GenApi/Pointer.h>
+#include <GenApi/Synch.h>
+#include <GenApi/Types.h>
