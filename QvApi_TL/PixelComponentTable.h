@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "QvApi_TL/CodeIndex.h"
+#include "QvSDKCommon/QvPixelComponentCode.h"
+
+namespace QvApi {
+
+/// One row of the table of pixel components. The code itself tells channel, bits and angle.
+struct PixelComponentRow {
+  EQvPixelComponent_t component;
+  std::string_view name;
+
+  constexpr std::size_t BitCount() const {
+    return static_cast<std::uint32_t>(component) >> 16 & 0xFF;
+  }
+};
+
+namespace PixelComponentRows {
+
+#define QV_COMPONENT(name) \
+  PixelComponentRow { EQvPixelComponent_t::name, #name }
+
+// clang-format off
+inline constexpr std::array kTable{
+    QV_COMPONENT(Unknown), QV_COMPONENT(Mono1), QV_COMPONENT(Mono2), QV_COMPONENT(Mono4),
+    QV_COMPONENT(Mono8), QV_COMPONENT(Mono10), QV_COMPONENT(Mono12), QV_COMPONENT(Mono14),
+    QV_COMPONENT(Mono16), QV_COMPONENT(R4), QV_COMPONENT(R8), QV_COMPONENT(R10), QV_COMPONENT(R12),
+    QV_COMPONENT(R14), QV_COMPONENT(R16), QV_COMPONENT(G4), QV_COMPONENT(G8), QV_COMPONENT(G10),
+    QV_COMPONENT(G12), QV_COMPONENT(G14), QV_COMPONENT(G16), QV_COMPONENT(B4), QV_COMPONENT(B8),
+    QV_COMPONENT(B10), QV_COMPONENT(B12), QV_COMPONENT(B14), QV_COMPONENT(B16), QV_COMPONENT(Gr4),
+    QV_COMPONENT(Gr8), QV_COMPONENT(Gr10), QV_COMPONENT(Gr12), QV_COMPONENT(Gr14),
+    QV_COMPONENT(Gr16), QV_COMPONENT(Gb4), QV_COMPONENT(Gb8), QV_COMPONENT(Gb10),
+    QV_COMPONENT(Gb12), QV_COMPONENT(Gb14), QV_COMPONENT(Gb16), QV_COMPONENT(Y8), QV_COMPONENT(Cb8),
+    QV_COMPONENT(Cr8), QV_COMPONENT(U8), QV_COMPONENT(V8), QV_COMPONENT(Mono8_POL_000),
+    QV_COMPONENT(Mono8_POL_045), QV_COMPONENT(Mono8_POL_090), QV_COMPONENT(Mono8_POL_135),
+    QV_COMPONENT(Mono10_POL_000), QV_COMPONENT(Mono10_POL_045), QV_COMPONENT(Mono10_POL_090),
+    QV_COMPONENT(Mono10_POL_135), QV_COMPONENT(Mono12_POL_000), QV_COMPONENT(Mono12_POL_045),
+    QV_COMPONENT(Mono12_POL_090), QV_COMPONENT(Mono12_POL_135), QV_COMPONENT(R8_POL_000),
+    QV_COMPONENT(R8_POL_045), QV_COMPONENT(R8_POL_090), QV_COMPONENT(R8_POL_135),
+    QV_COMPONENT(R10_POL_000), QV_COMPONENT(R10_POL_045), QV_COMPONENT(R10_POL_090),
+    QV_COMPONENT(R10_POL_135), QV_COMPONENT(R12_POL_000), QV_COMPONENT(R12_POL_045),
+    QV_COMPONENT(R12_POL_090), QV_COMPONENT(R12_POL_135), QV_COMPONENT(B8_POL_000),
+    QV_COMPONENT(B8_POL_045), QV_COMPONENT(B8_POL_090), QV_COMPONENT(B8_POL_135),
+    QV_COMPONENT(B10_POL_000), QV_COMPONENT(B10_POL_045), QV_COMPONENT(B10_POL_090),
+    QV_COMPONENT(B10_POL_135), QV_COMPONENT(B12_POL_000), QV_COMPONENT(B12_POL_045),
+    QV_COMPONENT(B12_POL_090), QV_COMPONENT(B12_POL_135), QV_COMPONENT(Gr8_POL_000),
+    QV_COMPONENT(Gr8_POL_045), QV_COMPONENT(Gr8_POL_090), QV_COMPONENT(Gr8_POL_135),
+    QV_COMPONENT(Gr10_POL_000), QV_COMPONENT(Gr10_POL_045), QV_COMPONENT(Gr10_POL_090),
+    QV_COMPONENT(Gr10_POL_135), QV_COMPONENT(Gr12_POL_000), QV_COMPONENT(Gr12_POL_045),
+    QV_COMPONENT(Gr12_POL_090), QV_COMPONENT(Gr12_POL_135), QV_COMPONENT(Gb8_POL_000),
+    QV_COMPONENT(Gb8_POL_045), QV_COMPONENT(Gb8_POL_090), QV_COMPONENT(Gb8_POL_135),
+    QV_COMPONENT(Gb10_POL_000), QV_COMPONENT(Gb10_POL_045), QV_COMPONENT(Gb10_POL_090),
+    QV_COMPONENT(Gb10_POL_135), QV_COMPONENT(Gb12_POL_000), QV_COMPONENT(Gb12_POL_045),
+    QV_COMPONENT(Gb12_POL_090), QV_COMPONENT(Gb12_POL_135),
+};
+// clang-format on
+
+#undef QV_COMPONENT
+
+}  // namespace PixelComponentRows
+
+/// Every component that has a name.
+inline constexpr auto& kPixelComponents = PixelComponentRows::kTable;
+
+inline constexpr CodeIndex kPixelComponentIndex(kPixelComponents, [](const PixelComponentRow& row) {
+  return row.component;
+});
+
+static_assert(kPixelComponents.size() == 104);
+static_assert(kPixelComponentIndex.IsUnique());
+
+}  // namespace QvApi
