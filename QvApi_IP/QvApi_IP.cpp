@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: MIT
+#include "QvApi_IP/QvApi_IP.h"
+
+#include <Base/GCException.h>
+
+#include <iterator>
+#include <new>
+
+#include "QvApi_IP/QvGammaCorrectionFilter.h"
+#include "QvApi_IP/QvPixelFormatConverter.h"
+#include "QvApi_IP/QvStillImageWriter.h"
+#include "QvSDKCommon/QvInitialize.h"
+
+namespace QvApi {
+namespace {
+
+/// What the factories know of one kind of module. One that this version does not have yet has its
+/// type number only.
+template <class Type, class Releasable, class Info = void>
+struct Row {
+  Type type;
+  Releasable* (*create)() = nullptr;
+  Info* info = nullptr;
+};
+using FilterRow = Row<EQvFilterType_t, IQvFilterReleasable, IQvFilterInfo>;
+using ConverterRow = Row<EQvConverterType_t, IQvConverterReleasable>;
+using FilerRow = Row<EQvFilerType_t, IQvFilerReleasable>;
+
+template <class Releasable, class Module>
+Releasable* Create() {
+  return new Module;
+}
+
+template <class Module>
+constexpr FilterRow Filter() {
+  return {Module::m_cInfo.type, &Create<IQvFilterReleasable, Module>, &Module::m_objFilter};
+}
+template <class Module>
+constexpr ConverterRow Converter() {
+  return {Module::m_cInfo.type, &Create<IQvConverterReleasable, Module>};
+}
+template <class Module>
+constexpr FilerRow Filer() {
+  return {Module::m_cInfo.type, &Create<IQvFilerReleasable, Module>};
+}
+
+constexpr FilterRow kFilters[] = {
+    Filter<CQvGammaCorrectionFilter>(),
+    {QvFilterType_ColorTransformation},
+    {QvFilterType_EdgeEnhancement},
+    {QvFilterType_BalanceRatio},
+    {QvFilterType_NoiseReduction},
+    {QvFilterType_FlatFieldCorrection},
+    {QvFilterType_ChromaSuppression},
+    {QvFilterType_SNMeasurement},
+    {QvFilterType_GraphData},
+    {QvFilterType_ImageAveraging},
+    {QvFilterType_DefectivePixelDetection},
+};
+constexpr ConverterRow kConverters[] = {
+    Converter<CQvPixelFormatConverter>(),
+    {QvConverterType_Reverse},
+};
+constexpr FilerRow kFilers[] = {
+    Filer<CQvStillImageWriter>(),
+    {QvFilerType_Video},
+};
+
+/// A row is found by its type number.
+template <class Rows>
+constexpr bool StandInOrder(const Rows& rows) {
+  for (unsigned i = 0; i < std::size(rows); ++i)
+    if (rows[i].type != i) return false;
+  return true;
+}
+static_assert(StandInOrder(kFilters) && StandInOrder(kConverters) && StandInOrder(kFilers));
+
+template <class Rows>
+const auto& Find(const Rows& rows, unsigned type, const char* function) {
+  CheckQvApiInitialized();
+  if (type >= std::size(rows))
+    throw OUT_OF_RANGE_EXCEPTION("%s = %lld must be smaller than Max = %lld", function,
+                                 static_cast<long long>(type),
+                                 static_cast<long long>(std::size(rows)));
+  if (!rows[type].create)
+    throw RUNTIME_EXCEPTION("%s: this version has no module of type %u", function, type);
+  return rows[type];
+}
+
+template <class Rows>
+auto* Make(const Rows& rows, unsigned type, const char* function) {
+  const auto& row = Find(rows, type, function);
+  try {
+    return row.create();
+  } catch (const std::bad_alloc& error) {
+    throw BAD_ALLOC_EXCEPTION("%s", error.what());
+  }
+}
+
+}  // namespace
+
+IQvFilterReleasable* CreateIQvFilter(EQvFilterType_t type) {
+  return Make(kFilters, type, "CreateIQvFilter");
+}
+
+// Names the factory in its message, as the factory itself does.
+IQvFilterInfo* GetIQvFilterInfo(EQvFilterType_t type) {
+  return Find(kFilters, type, "CreateIQvFilter").info;
+}
+
+IQvConverterReleasable* CreateIQvConverter(EQvConverterType_t type) {
+  return Make(kConverters, type, "CreateIQvConverter");
+}
+
+IQvFilerReleasable* CreateIQvFiler(EQvFilerType_t type) {
+  return Make(kFilers, type, "CreateIQvFiler");
+}
+
+void* GetModuleHandleIP() { return nullptr; }
+
+}  // namespace QvApi

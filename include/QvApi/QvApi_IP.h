@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Everything that an application needs of QvApi: initialisation, images and their formats, the
+/// factories, the interfaces of all modules, and the node maps that drive them.
+
+#include <Base/GCException.h>
+#include <Base/GCString.h>
+#include <GenApi/GenApi.h>
+
+#include "QvApi_IP/IQvGammaCorrectionFilter.h"
+#include "QvApi_IP/IQvPixelFormatConverter.h"
+#include "QvApi_IP/IQvStillImageFiler.h"
+#include "QvApi_IP/QvApi_IP.h"
+#include "QvApi_IP/QvFilterPtrList.h"
+#include "QvSDKCommon/CQvAutoPtr.h"
+#include "QvSDKCommon/IQvAllocator.h"
+#include "QvSDKCommon/IQvImage.h"
+#include "QvSDKCommon/IQvImageBuffer.h"
+#include "QvSDKCommon/IQvPixelFormatInfo.h"
+#include "QvSDKCommon/QvApi_Exception.h"
+#include "QvSDKCommon/QvInitialize.h"
