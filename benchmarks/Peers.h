@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QvApi/QvApi_IP.h>
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace Bench {
+
+/// Exponent of all gamma rows.
+constexpr double kGamma = 0.45;
+
+/// Another library's function for work that this library does too. It has one of the two forms;
+/// the other is null. Depth and size are the image's.
+struct Peer {
+  const char* name;
+  /// Writes its result to memory that is large enough for what the library makes; for in-place work
+  /// that is the source.
+  void (*convert)(QvApi::IQvImage& source, std::uint8_t* destination);
+  void (*save)(QvApi::IQvImage& image, const std::string& fileName) = nullptr;
+};
+
+// Each is in a file of its own, compiled where the library is installed.
+std::span<const Peer> OpenCvPeers();
+std::span<const Peer> Dc1394Peers();
+std::span<const Peer> YuvPeers();
+std::span<const Peer> PlainPeers();
+
+/// The peer of that name, or null if it is not built in.
+const Peer* FindPeer(std::string_view name);
+
+/// The libraries that are built in, as text.
+std::string PeerLibraries();
+
+}  // namespace Bench

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Album.h"
+#include "Page.h"
+#include "Scene.h"
+
+/// The steps of the demo. Each is one file: it takes the scene through one part of the library,
+/// saves its pictures in the album and returns its section of the page. main.cpp lists them.
+namespace Demo {
+
+Section ShowScene(const Scene& scene, Album& album);
+Section ShowDemosaicing(const Scene& scene, Album& album);
+Section ShowGamma(const Scene& scene, Album& album);
+Section ShowFiles(const Scene& scene, Album& album);
+
+}  // namespace Demo
