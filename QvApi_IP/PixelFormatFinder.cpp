@@ -53,7 +53,8 @@ PixelFormat FlippedBayer(BayerPhase sourcePhase, const PixelFormatRow& destinati
 PixelFormat FlippedPolarized(const PixelFormatRow& source, const PixelFormatRow& destination) {
   const unsigned place = (source.polarizerPattern - 1U + 2U) & 3U;
   const unsigned group = (destination.polarizerPattern - 1U) & ~3U;
-  return FindPolarizedFormat(destination.kind, destination.depth, destination.storage, group + place + 1);
+  return FindPolarizedFormat(destination.kind, destination.depth, destination.storage,
+                             group + place + 1);
 }
 
 }  // namespace
@@ -83,8 +84,9 @@ PixelFormat FindBGRa(std::size_t depth) {
 PixelFormat UnpackedFormat(PixelFormat format) {
   const PixelFormatRow& row = RowOf(format);
   const std::size_t depth = row.depth < 8 ? 8 : row.depth;
-  return row.IsPolarized() ? FindPolarizedFormat(row.kind, depth, Storage::Unpacked, row.polarizerPattern)
-                           : FindRawFormat(row.phase, depth, Storage::Unpacked);
+  return row.IsPolarized()
+             ? FindPolarizedFormat(row.kind, depth, Storage::Unpacked, row.polarizerPattern)
+             : FindRawFormat(row.phase, depth, Storage::Unpacked);
 }
 
 PixelFormat FlippedFormat(PixelFormat source, PixelFormat destination, std::size_t height) {

@@ -8,6 +8,7 @@
 
 #include "QvApi_IP/QvGammaCorrectionFilter.h"
 #include "QvApi_IP/QvPixelFormatConverter.h"
+#include "QvApi_IP/QvReverseConverter.h"
 #include "QvApi_IP/QvStillImageWriter.h"
 #include "QvSDKCommon/QvInitialize.h"
 
@@ -59,7 +60,7 @@ constexpr FilterRow kFilters[] = {
 };
 constexpr ConverterRow kConverters[] = {
     Converter<CQvPixelFormatConverter>(),
-    {QvConverterType_Reverse},
+    Converter<CQvReverseConverter>(),
 };
 constexpr FilerRow kFilers[] = {
     Filer<CQvStillImageWriter>(),

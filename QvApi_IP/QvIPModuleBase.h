@@ -72,6 +72,17 @@ class CQvIPModuleBase : public TISpecificIPModule, public GenApi::IPort {
     if (setting.StoreChecked(value)) m_nodeMap.Invalidate(setting.Node());
   }
 
+  /// The same for values that the module finds itself, in range or not.
+  template <class T>
+  void SetFound(Setting<T>& setting, T value) {
+    if (setting.Store(value)) m_nodeMap.Invalidate(setting.Node());
+  }
+  /// The same for a setting that ends by itself: changes it if it still is `expected`.
+  template <class T>
+  void End(Setting<T>& setting, T expected, T value) {
+    if (setting.Replace(expected, value)) m_nodeMap.Invalidate(setting.Node());
+  }
+
   CQvModuleNodeMap& NodeMap() { return m_nodeMap; }
   CQvCallbackManager& CallbackManager() { return m_callbackManager; }
 

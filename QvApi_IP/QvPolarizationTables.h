@@ -35,7 +35,7 @@ class CQvLookUpTableForVirtualPolarizerManager {
  public:
   using TableReference = std::shared_ptr<const VirtualPolarizerTable>;
 
-  /// @param bits   depth of the samples, 1 to 16
+  /// @param bits   depth of the samples, 1 to 14
   /// @param angle  in degrees. Any number is brought to the range from 0 to below 180, of which the
   ///               light's response is periodic; infinity and NaN count as 0.
   /// @throws GenICam::BadAllocException

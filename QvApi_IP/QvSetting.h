@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 #include <utility>
 
 namespace QvApi {
@@ -70,7 +71,7 @@ class Setting {
   operator T() const { return Get(); }
 
   /// Stores a value without looking at its range. True if it is another one than before.
-  bool Store(T value) { return m_value.exchange(value, std::memory_order_relaxed) != value; }
+  bool Store(T value) { return Count(m_value.exchange(value, std::memory_order_relaxed) != value); }
 
   /// Stores a value in range. True if it is another one than before.
   /// @throws GenICam::OutOfRangeException  the value is out of range and not stored
@@ -79,9 +80,27 @@ class Setting {
     return Store(value);
   }
 
+  /// Stores `value` if the setting is `expected`, in one step. True if it was.
+  bool Replace(T expected, T value) {
+    const bool isDifferent = expected != value;
+    const bool isReplaced =
+        m_value.compare_exchange_strong(expected, value, std::memory_order_relaxed);
+    Count(isReplaced && isDifferent);
+    return isReplaced;
+  }
+
+  /// How often the value has changed. What is made from a setting and must not outlive any change,
+  /// not even one that was taken back, is kept with this count; read it before the value.
+  std::uint32_t Changes() const { return m_changes.load(std::memory_order_acquire); }
+
   const char* Node() const { return m_info.node; }
 
  private:
+  bool Count(bool isChange) {
+    if (isChange) m_changes.fetch_add(1, std::memory_order_release);
+    return isChange;
+  }
+
   void Check(T value) const {
     switch (m_info.words) {
       case RangeWords::None:
@@ -99,6 +118,7 @@ class Setting {
 
   const SettingInfo<T>& m_info;
   std::atomic<T> m_value;
+  std::atomic<std::uint32_t> m_changes{0};
 };
 
 /// One setting for each value of a selector, from 0 to N - 1.
@@ -111,17 +131,23 @@ class SelectedSettings {
   /// @param info      what all of the settings have in common
   SelectedSettings(const SettingInfo<Selector>& selector, const SettingInfo<T>& info,
                    const std::array<T, N>& initial)
-      : SelectedSettings(selector, info, initial, std::make_index_sequence<N>()) {}
+      : SelectedSettings(
+            selector, [&info](std::size_t) -> auto& { return info; }, initial) {}
+  /// @param infoOf  gives what is constant about the setting of a value of the selector
+  template <class InfoOf>
+  requires std::is_invocable_v<InfoOf, std::size_t> SelectedSettings(
+      const SettingInfo<Selector>& selector, InfoOf infoOf, const std::array<T, N>& initial)
+      : SelectedSettings(selector, infoOf, initial, std::make_index_sequence<N>()) {}
 
   /// @throws GenICam::OutOfRangeException  there is no such value of the selector
   Setting<T>& At(Selector selector) { return m_settings[Index(selector)]; }
   const Setting<T>& At(Selector selector) const { return m_settings[Index(selector)]; }
 
  private:
-  template <std::size_t... i>
-  SelectedSettings(const SettingInfo<Selector>& selector, const SettingInfo<T>& info,
+  template <class InfoOf, std::size_t... i>
+  SelectedSettings(const SettingInfo<Selector>& selector, InfoOf infoOf,
                    const std::array<T, N>& initial, std::index_sequence<i...>)
-      : m_selector(selector), m_settings{Setting<T>(info, initial[i])...} {}
+      : m_selector(selector), m_settings{Setting<T>(infoOf(i), initial[i])...} {}
 
   std::size_t Index(Selector selector) const {
     CheckRange(m_selector.valueName, static_cast<std::int64_t>(selector), 0,

@@ -7,6 +7,8 @@
 #define HWY_TARGET_INCLUDE "QvApi_IP/Kernels/BayerToMono.cpp"
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
+// After highway.h, which sets the target.
+#include "QvApi_IP/Kernels/Luminance-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace QvApi::Kernels {
@@ -16,12 +18,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 #if HWY_TARGET != HWY_SCALAR
 
 /// The grey pixels of the windows from column x on, red being in columns x + kRedColumn, ... of its
-/// row.
-///
-/// Everything stays in the samples' own width: floor((5 G + 2 R + B) / 8) is
-/// mean(G, mean(R, mean(G, B))) with means rounded down, since nested floors of halves are the
-/// floor of the whole. Machines have the mean rounded up; that of the complements is the complement
-/// of the mean rounded down.
+/// row. The mean of the greens is rounded down, so it too is taken of complements.
 template <size_t kRedColumn, class D, class T = hn::TFromD<D>>
 HWY_INLINE hn::Vec<D> WindowsToMono(D d, const Scalar::BayerRowPair<T>& rows, size_t x) {
   const auto red0 = hn::Not(hn::LoadU(d, rows.red + x));
@@ -34,8 +31,7 @@ HWY_INLINE hn::Vec<D> WindowsToMono(D d, const Scalar::BayerRowPair<T>& rows, si
   const auto green = pick(hn::AverageRound(red0, blue1), hn::AverageRound(red1, blue0));
   const auto red = pick(red1, red0);
   const auto blue = pick(blue0, blue1);
-  const auto mean = hn::AverageRound(red, hn::AverageRound(green, blue));
-  return hn::Not(hn::AverageRound(green, mean));
+  return hn::Not(LuminanceOfComplements(red, green, blue));
 }
 
 template <size_t kRedColumn, class T>

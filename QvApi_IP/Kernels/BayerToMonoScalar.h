@@ -2,6 +2,7 @@
 #pragma once
 
 #include "QvApi_IP/Kernels/BayerToMono.h"
+#include "QvApi_IP/Kernels/Luminance.h"
 
 namespace QvApi::Kernels::Scalar {
 
@@ -19,11 +20,6 @@ struct BayerRowPair {
   bool redIsEven;
 };
 
-template <class T>
-constexpr T Luminance(uint32_t green, uint32_t red, uint32_t blue) {
-  return static_cast<T>((5 * green + 2 * red + blue) >> 3);
-}
-
 /// Pixel x of what BayerRowToMono gives.
 template <class T>
 T BayerPixelToMono(const T* row, const T* nextRow, size_t x, size_t width, int phase) {
@@ -37,7 +33,7 @@ T BayerPixelToMono(const T* row, const T* nextRow, size_t x, size_t width, int p
   const uint32_t green2 = pair.blue[redHere ? x : next];
   const bool isGreen = StartsGreen(phase) == (x % 2 == 0);
   const bool keepsOwn = isLast && width % 2 == 0 && isGreen;
-  return Luminance<T>(keepsOwn ? row[x] : (green1 + green2) >> 1, red, blue);
+  return Luminance<T>(red, keepsOwn ? row[x] : (green1 + green2) >> 1, blue);
 }
 
 /// What BayerRowToMono gives.

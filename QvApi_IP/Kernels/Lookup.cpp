@@ -8,6 +8,8 @@
 #define HWY_TARGET_INCLUDE "QvApi_IP/Kernels/Lookup.cpp"
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
+// After highway.h, which sets the target.
+#include "QvApi_IP/Kernels/ByteTable-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace QvApi::Kernels {
@@ -61,24 +63,6 @@ void MapPositions(const PreparedLookup<uint16_t>& lookup, const uint16_t* source
 }
 
 #if HWY_TARGET == HWY_AVX3_DL
-
-/// A table of 256 bytes in four registers.
-struct ByteTable {
-  explicit ByteTable(const uint8_t* table)
-      : quarter0(_mm512_load_si512(table)),
-        quarter1(_mm512_load_si512(table + 64)),
-        quarter2(_mm512_load_si512(table + 128)),
-        quarter3(_mm512_load_si512(table + 192)) {}
-
-  /// The permute uses seven bits of each index, the eighth chooses between its two results.
-  HWY_INLINE __m512i operator()(__m512i samples) const {
-    return _mm512_mask_blend_epi8(_mm512_movepi8_mask(samples),
-                                  _mm512_permutex2var_epi8(quarter0, samples, quarter1),
-                                  _mm512_permutex2var_epi8(quarter2, samples, quarter3));
-  }
-
-  __m512i quarter0, quarter1, quarter2, quarter3;
-};
 
 /// Maps a line by `step(offset, lanes)`, which handles 64 samples or those in `lanes`. Whole
 /// vectors lie aligned in the destination: lines rarely start there, and stores that cross a cache

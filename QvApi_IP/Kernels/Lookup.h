@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace QvApi::Kernels {
 
@@ -23,6 +25,10 @@ struct LookupPattern {
   requires(sizeof...(Tables) != 0 && sizeof...(Tables) <= kMaxLookupPeriod &&
            kLookupCycle % sizeof...(Tables) == 0) explicit LookupPattern(Tables... list)
       : tables{list...}, period(sizeof...(Tables)) {}
+  /// The same from a list made at run time, of an allowed length.
+  explicit LookupPattern(std::span<const uint16_t* const> list) : tables{}, period(list.size()) {
+    std::copy(list.begin(), list.end(), tables.begin());
+  }
 
   std::array<const uint16_t*, kMaxLookupPeriod> tables;
   size_t period;

@@ -14,6 +14,7 @@
 #include "hwy/highway.h"
 // After Highway's own headers: it is included once for each target.
 #include "QvApi_IP/Kernels/Interleave-inl.h"
+#include "QvApi_IP/Kernels/Luminance-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace QvApi::Kernels {
@@ -64,21 +65,6 @@ void Merge(const PlaneLines<const T>& planes, T* pixels, size_t step, size_t cou
   });
 }
 
-/// Eighths and what remains of them are weighted apart, so that no sum leaves the lanes.
-template <class D, class V = hn::Vec<D>>
-HWY_INLINE V Grey(D d, V red, V green, V blue) {
-  using T = hn::TFromD<D>;
-  const auto weighted = [](V r, V g, V b) HWY_ATTR {
-    const V twice = hn::Add(g, g);
-    return hn::Add(hn::Add(hn::Add(r, r), b), hn::Add(hn::Add(twice, twice), g));
-  };
-  const V rest = hn::Set(d, T{7});
-  const V eighths =
-      weighted(hn::ShiftRight<3>(red), hn::ShiftRight<3>(green), hn::ShiftRight<3>(blue));
-  const V rests = weighted(hn::And(red, rest), hn::And(green, rest), hn::And(blue, rest));
-  return hn::Add(eighths, hn::ShiftRight<3>(rests));
-}
-
 template <class T>
 void ToGrey(const ColorPixels& layout, const T* pixels, T* grey, size_t count) {
   const hn::ScalableTag<T> d;
@@ -89,8 +75,8 @@ void ToGrey(const ColorPixels& layout, const T* pixels, T* grey, size_t count) {
     hn::Vec<decltype(d)> c0, c1, c2;
     LoadColors(d, pixels + i * layout.step, layout.step, c0, c1, c2);
     c0 = hn::And(c0, mask), c1 = hn::And(c1, mask), c2 = hn::And(c2, mask);
-    const auto sum = layout.isBGR ? Grey(d, c2, c1, c0) : Grey(d, c0, c1, c2);
-    hn::StoreU(sum, d, grey + i);
+    if (layout.isBGR) std::swap(c0, c2);
+    hn::StoreU(LuminanceVector(c0, c1, c2), d, grey + i);
   });
 }
 

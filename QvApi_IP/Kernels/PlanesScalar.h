@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "QvApi_IP/Kernels/Luminance.h"
 #include "QvApi_IP/Kernels/Planes.h"
 
 namespace QvApi::Kernels::Scalar {
@@ -27,7 +28,7 @@ void PixelsToGrey(const ColorPixels& layout, const T* pixels, T* grey, size_t co
     const T* pixel = pixels + i * layout.step;
     const unsigned red = pixel[layout.isBGR ? 2 : 0] & mask;
     const unsigned blue = pixel[layout.isBGR ? 0 : 2] & mask;
-    grey[i] = static_cast<T>((2 * red + 5 * (pixel[1] & mask) + blue) >> 3);
+    grey[i] = Luminance<T>(red, pixel[1] & mask, blue);
   }
 }
 

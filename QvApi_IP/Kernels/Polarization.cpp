@@ -22,8 +22,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 #if HWY_TARGET != HWY_SCALAR
 
-// --- Without regard to angles
-// ---------------------------------------------------------------------
+// --- Without regard to angles ---
 
 /// The four samples in any order, as many pixels as a vector of D has lanes.
 template <class D, class T>
@@ -89,111 +88,151 @@ void Reduce(AngleReduction reduction, const PolarizerLines<T>& source, ResultCol
   }
 }
 
-// --- Behind a polarizer, by the table
-// ---------------------------------------------------------------
+// --- Behind a polarizer, by the table ---
 
-using SignedWords = hn::RebindToSigned<Words>;
-using Integers = hn::Repartition<int32_t, Words>;
 using IntegerVector = hn::Vec<Integers>;
 
-/// Vectors of 32-bit lanes for the lower and the upper half of a vector of words.
-struct IntegerPair {
-  IntegerVector lower, upper;
+/// What fractions the lines of a polarizer need.
+enum class Fractions { None, High, Both, BothWithStep };
+
+/// floor(sample * fraction / 2^32) in words, from one or both halves of the fraction.
+class FractionVectors {
+ public:
+  FractionVectors() = default;
+  explicit FractionVectors(const VirtualPolarizer::Line& line)
+      : m_step(hn::Set(SignedWords(), static_cast<int16_t>(line.step - 1))) {
+    for (size_t i = 0; i < 2; ++i) {
+      m_high[i] = hn::Set(Words(), static_cast<uint16_t>(line.fractions[i] >> 16));
+      m_low[i] = hn::Set(Words(), static_cast<uint16_t>(line.fractions[i]));
+    }
+  }
+
+  template <Fractions kFractions>
+  HWY_INLINE WordVector Of(WordVector samples) const {
+    auto high = m_high[0];
+    auto low = m_low[0];
+    if constexpr (kFractions == Fractions::BothWithStep) {
+      const auto isBehind =
+          hn::RebindMask(Words(), hn::Gt(hn::BitCast(SignedWords(), samples), m_step));
+      high = hn::IfThenElse(isBehind, m_high[1], high);
+      low = hn::IfThenElse(isBehind, m_low[1], low);
+    }
+    const auto whole = hn::MulHigh(samples, high);
+    if constexpr (kFractions == Fractions::High) return whole;
+    const auto rest = hn::Mul(samples, high);
+    const auto sum = hn::Add(rest, hn::MulHigh(samples, low));
+    return hn::Sub(whole, hn::VecFromMask(Words(), hn::Lt(sum, rest)));  // carries
+  }
+
+ private:
+  hn::Vec<SignedWords> m_step;
+  WordVector m_high[2], m_low[2];
 };
 
-template <class V>
-HWY_INLINE IntegerPair ToIntegers(V words) {
-  const Integers d;
-  const hn::Half<hn::DFromV<V>> half;
-  return {hn::PromoteTo(d, hn::LowerHalf(half, words)),
-          hn::PromoteTo(d, hn::UpperHalf(half, words))};
+/// Two coefficients that alternate.
+HWY_INLINE hn::Vec<SignedWords> Alternating(int even, int odd) {
+  const SignedWords d;
+  return hn::OddEven(hn::Set(d, static_cast<int16_t>(odd)), hn::Set(d, static_cast<int16_t>(even)));
 }
 
-HWY_INLINE WordVector ToWords(const IntegerPair& pair) {
-  const Words d;
-  const hn::Half<Words> half;
-  return hn::Combine(d, hn::DemoteTo(half, pair.upper), hn::DemoteTo(half, pair.lower));
-}
-
-/// floor(sample * fraction / 2^32) in words, from the two halves of the fraction.
-template <bool kLowHalf>
-HWY_INLINE WordVector FractionOf(WordVector samples, WordVector high, WordVector low) {
-  const auto whole = hn::MulHigh(samples, high);
-  if constexpr (!kLowHalf) return whole;
-  const auto rest = hn::Mul(samples, high);
-  const auto sum = hn::Add(rest, hn::MulHigh(samples, low));
-  return hn::Sub(whole, hn::VecFromMask(Words(), hn::Lt(sum, rest)));  // carries
-}
-
-/// The polarizer in vectors. kFractionHalves: how many 16-bit halves of the lines' fractions are
-/// needed, counted from above.
-template <int kFractionHalves>
+/// The polarizer in vectors.
+template <Fractions kFractions>
 class PolarizerVectors {
  public:
-  explicit PolarizerVectors(const VirtualPolarizer& polarizer) : m_polarizer(polarizer) {
+  explicit PolarizerVectors(const VirtualPolarizer& polarizer)
+      : m_polarizer(polarizer), m_isExact(polarizer.least == 0 && polarizer.most == 0) {
     const Words d;
-    m_maximum = hn::Set(Integers(), (1 << (polarizer.depth + 14)) - (1 << 14));
+    m_maximum = hn::Set(SignedWords(), static_cast<int16_t>((1 << polarizer.depth) - 1));
     m_least = hn::Set(Integers(), polarizer.least);
     m_most = hn::Set(Integers(), polarizer.most);
     int negatives = 0;
+    std::array<int, 4> whole;
     for (size_t a = 0; a < 4; ++a) {
       const VirtualPolarizer::Line& line = polarizer.lines[a];
-      m_high[a] = hn::Set(d, static_cast<uint16_t>(line.fraction >> 16));
-      m_low[a] = hn::Set(d, static_cast<uint16_t>(line.fraction));
+      m_fractions[a] = FractionVectors(line);
       m_sign[a] = hn::Set(d, line.isNegative ? 0xFFFF : 0);
-      m_whole[a] = hn::Set(Integers(), line.isNegative ? -line.whole : line.whole);
+      whole[a] = line.isNegative ? -line.whole : line.whole;
       negatives += line.isNegative;
     }
+    m_whole0And45 = Alternating(whole[0], whole[1]);
+    m_whole90And135 = Alternating(whole[2], whole[3]);
     m_negatives = hn::Set(d, static_cast<uint16_t>(negatives));
   }
 
   HWY_INLINE WordVector operator()(const AngleWords& words) const {
-    const WordVector samples[4] = {words.i0, words.i45, words.i90, words.i135};
-    IntegerPair sum{hn::Zero(Integers()), hn::Zero(Integers())};
-    if constexpr (kFractionHalves > 0) {
-      // -x is ~x + 1.
-      WordVector fractions = m_negatives;
-      for (size_t a = 0; a < 4; ++a)
-        fractions = hn::Add(fractions, hn::Xor(m_sign[a], FractionOf<(kFractionHalves > 1)>(
-                                                              samples[a], m_high[a], m_low[a])));
-      sum = ToIntegers(hn::BitCast(SignedWords(), fractions));
+    const Words d;
+    auto lower = hn::Zero(Integers());
+    auto upper = hn::Zero(Integers());
+    AddProducts(words.i0, words.i45, m_whole0And45, lower, upper);
+    AddProducts(words.i90, words.i135, m_whole90And135, lower, upper);
+    if constexpr (kFractions != Fractions::None) {
+      const WordVector samples[4] = {words.i0, words.i45, words.i90, words.i135};
+      WordVector fractions = m_negatives;  // since -x is ~x + 1
+      for (size_t a = 0; a < 4; ++a) {
+        const auto part = m_fractions[a].template Of<kFractions>(samples[a]);
+        fractions = hn::Add(fractions, hn::Xor(m_sign[a], part));
+      }
+      AddProducts(fractions, hn::Zero(d), Alternating(1, 0), lower, upper);
     }
-    for (size_t a = 0; a < 4; ++a) {
-      const IntegerPair sample = ToIntegers(samples[a]);
-      sum.lower = hn::Add(sum.lower, hn::Mul(sample.lower, m_whole[a]));
-      sum.upper = hn::Add(sum.upper, hn::Mul(sample.upper, m_whole[a]));
-    }
-    const WordVector seen = Quotients(sum, m_least);
-    if (m_polarizer.least == m_polarizer.most) return seen;
-    const auto isSure = hn::Eq(seen, Quotients(sum, m_most));
-    return hn::AllTrue(Words(), isSure) ? seen : LookUp(words);
+    if (m_isExact) return Quotients(lower, upper);
+    const auto seen = Quotients(hn::Add(lower, m_least), hn::Add(upper, m_least));
+    const auto other = Quotients(hn::Add(lower, m_most), hn::Add(upper, m_most));
+    const auto isUnsure = hn::Ne(seen, other);
+    return HWY_LIKELY(hn::AllFalse(d, isUnsure)) ? seen : LookUp(seen, isUnsure, words);
   }
 
  private:
-  HWY_INLINE WordVector Quotients(const IntegerPair& sum, IntegerVector offset) const {
-    const auto quotient = [&](IntegerVector v) HWY_ATTR {
-      const auto clipped = hn::Min(hn::Max(hn::Add(v, offset), hn::Zero(Integers())), m_maximum);
-      return hn::ShiftRight<14>(clipped);
+  /// Adds first * even coefficient + second * odd coefficient, with signs. Interleaving leaves the
+  /// lanes in an order that Quotients takes back.
+  static HWY_INLINE void AddProducts(WordVector first, WordVector second,
+                                     hn::Vec<SignedWords> coefficients, IntegerVector& lower,
+                                     IntegerVector& upper) {
+    const Words d;
+    const SignedWords di;
+    const auto add = [&](WordVector pairs, IntegerVector& sum) HWY_ATTR {
+      auto other = hn::Zero(Integers());
+      const auto products = hn::ReorderWidenMulAccumulate(
+          Integers(), hn::BitCast(di, pairs), coefficients, hn::Zero(Integers()), other);
+      sum = hn::Add(sum, hn::RearrangeToOddPlusEven(products, other));
     };
-    return ToWords({quotient(sum.lower), quotient(sum.upper)});
+    add(hn::InterleaveLower(d, first, second), lower);
+    add(hn::InterleaveUpper(d, first, second), upper);
   }
 
-  HWY_NOINLINE WordVector LookUp(const AngleWords& words) const {
+  HWY_INLINE WordVector Quotients(IntegerVector lower, IntegerVector upper) const {
+    const SignedWords di;
+    const auto quotients =
+        hn::ReorderDemote2To(di, hn::ShiftRight<14>(lower), hn::ShiftRight<14>(upper));
+    return hn::BitCast(Words(), hn::Min(hn::Max(quotients, hn::Zero(di)), m_maximum));
+  }
+
+  /// The lanes of `mask` by the table.
+  HWY_NOINLINE WordVector LookUp(WordVector seen, hn::Mask<Words> mask,
+                                 const AngleWords& words) const {
     const Words d;
-    HWY_ALIGN uint16_t samples[4][hn::MaxLanes(d)];
-    hn::Store(words.i0, d, samples[0]);
-    hn::Store(words.i45, d, samples[1]);
-    hn::Store(words.i90, d, samples[2]);
-    hn::Store(words.i135, d, samples[3]);
+    constexpr size_t kMaxLanes = hn::MaxLanes(Words());
+    HWY_ALIGN uint16_t i0[kMaxLanes], i45[kMaxLanes], i90[kMaxLanes], i135[kMaxLanes];
+    HWY_ALIGN uint16_t result[kMaxLanes];
+    hn::Store(words.i0, d, i0);
+    hn::Store(words.i45, d, i45);
+    hn::Store(words.i90, d, i90);
+    hn::Store(words.i135, d, i135);
+    hn::Store(seen, d, result);
+    uint8_t bits[8 + kMaxLanes / 8] = {};
+    hn::StoreMaskBits(d, mask, bits);
     for (size_t i = 0; i < hn::Lanes(d); ++i)
-      samples[0][i] = static_cast<uint16_t>(
-          Scalar::Seen(m_polarizer, {samples[0][i], samples[1][i], samples[2][i], samples[3][i]}));
-    return hn::Load(d, samples[0]);
+      if (bits[i / 8] >> i % 8 & 1)
+        result[i] =
+            static_cast<uint16_t>(Scalar::Seen(m_polarizer, {i0[i], i45[i], i90[i], i135[i]}));
+    return hn::Load(d, result);
   }
 
   const VirtualPolarizer& m_polarizer;
-  IntegerVector m_maximum, m_least, m_most, m_whole[4];
-  WordVector m_high[4], m_low[4], m_sign[4], m_negatives;
+  const bool m_isExact;
+  hn::Vec<SignedWords> m_maximum, m_whole0And45, m_whole90And135;
+  IntegerVector m_least, m_most;
+  FractionVectors m_fractions[4];
+  WordVector m_sign[4], m_negatives;
 };
 
 template <class T, class Polarizer, class See>
@@ -211,15 +250,18 @@ HWY_INLINE void LookWords(const Polarizer& polarizer, const PolarizerLines<T>& s
 template <class T>
 void Look(const VirtualPolarizer& polarizer, const PolarizerLines<T>& source, ResultColumns columns,
           T* result) {
-  uint32_t fractions = 0;
-  for (const VirtualPolarizer::Line& line : polarizer.lines) fractions |= line.fraction;
-  if (fractions == 0) {
-    LookWords(polarizer, source, columns, result, PolarizerVectors<0>(polarizer));
-  } else if ((fractions & 0xFFFF) == 0) {
-    LookWords(polarizer, source, columns, result, PolarizerVectors<1>(polarizer));
-  } else {
-    LookWords(polarizer, source, columns, result, PolarizerVectors<2>(polarizer));
+  uint64_t fractions = 0;
+  bool hasStep = false;
+  for (const VirtualPolarizer::Line& line : polarizer.lines) {
+    fractions |= line.fractions[0] | line.fractions[1];
+    hasStep |= line.step != line.kNoStep;
   }
+  const auto look = [&](const auto& vectors)
+                        HWY_ATTR { LookWords(polarizer, source, columns, result, vectors); };
+  if (hasStep) return look(PolarizerVectors<Fractions::BothWithStep>(polarizer));
+  if (fractions == 0) return look(PolarizerVectors<Fractions::None>(polarizer));
+  if ((fractions & 0xFFFF) == 0) return look(PolarizerVectors<Fractions::High>(polarizer));
+  look(PolarizerVectors<Fractions::Both>(polarizer));
 }
 
 #else
@@ -238,37 +280,49 @@ void Look(const VirtualPolarizer& polarizer, const PolarizerLines<T>& source, Re
 
 #endif
 
-// --- Behind a polarizer, by the cosine law
-// ----------------------------------------------------------
+// --- Behind a polarizer, by the cosine law ---
 
 #if HWY_TARGET != HWY_SCALAR && HWY_NATIVE_FMA && HWY_HAVE_FLOAT64
 
 using Doubles = hn::Repartition<double, Words>;
 
-/// Four times the value, which changes nothing about its rounding.
+/// Four times the value, which changes nothing about its rounding, until it is a whole number.
 class CosineVectors {
  public:
   CosineVectors(const CosinePolarizer& polarizer, unsigned depth)
       : m_sine(hn::Set(Doubles(), 2 * polarizer.sine)),
         m_cosine(hn::Set(Doubles(), 2 * polarizer.cosine)),
-        m_maximum(hn::Set(Doubles(), 4.0 * ((1 << depth) - 1))) {}
+        m_maximum(hn::Set(SignedWords(), static_cast<int16_t>((1 << depth) - 1))) {}
 
   HWY_INLINE WordVector operator()(const AngleWords& words) const {
-    const auto sum =
-        ToIntegers(hn::Add(hn::Add(words.i0, words.i90), hn::Add(words.i45, words.i135)));
-    const auto s1 = ToIntegers(hn::BitCast(SignedWords(), hn::Sub(words.i0, words.i90)));
-    const auto s2 = ToIntegers(hn::BitCast(SignedWords(), hn::Sub(words.i45, words.i135)));
-    return ToWords({Values(sum.lower, s1.lower, s2.lower), Values(sum.upper, s1.upper, s2.upper)});
+    const Words d;
+    const auto sum = hn::Add(hn::Add(words.i0, words.i90), hn::Add(words.i45, words.i135));
+    const auto s1 = hn::Sub(words.i0, words.i90);
+    const auto s2 = hn::Sub(words.i45, words.i135);
+    // Interleaving leaves the lanes in an order that demoting takes back.
+    const auto zero = hn::Zero(d);
+    const auto lower = Values(hn::InterleaveLower(d, sum, zero), hn::InterleaveLower(d, zero, s1),
+                              hn::InterleaveLower(d, zero, s2));
+    const auto upper = Values(hn::InterleaveUpper(d, sum, zero), hn::InterleaveUpper(d, zero, s1),
+                              hn::InterleaveUpper(d, zero, s2));
+    const SignedWords di;
+    const auto values = hn::ReorderDemote2To(di, lower, upper);
+    return hn::BitCast(d, hn::Min(hn::Max(values, hn::Zero(di)), m_maximum));
   }
 
  private:
-  HWY_INLINE IntegerVector Values(IntegerVector sum, IntegerVector s1, IntegerVector s2) const {
+  /// From 32-bit lanes with the sum in their lower and the differences in their upper words.
+  HWY_INLINE IntegerVector Values(WordVector lowSum, WordVector highS1, WordVector highS2) const {
+    const Integers di;
     const hn::Half<Integers> half;
+    const auto sum = hn::BitCast(di, lowSum);
+    const auto s1 = hn::ShiftRight<16>(hn::BitCast(di, highS1));
+    const auto s2 = hn::ShiftRight<16>(hn::BitCast(di, highS2));
     const auto lower =
         HalfOfValues(hn::LowerHalf(half, sum), hn::LowerHalf(half, s1), hn::LowerHalf(half, s2));
     const auto upper =
         HalfOfValues(hn::UpperHalf(half, sum), hn::UpperHalf(half, s1), hn::UpperHalf(half, s2));
-    return hn::ShiftRight<2>(hn::Combine(Integers(), upper, lower));
+    return hn::ShiftRight<2>(hn::Combine(di, upper, lower));
   }
   template <class V>
   HWY_INLINE V HalfOfValues(V sum, V s1, V s2) const {
@@ -276,11 +330,11 @@ class CosineVectors {
     const auto value =
         hn::MulAdd(m_sine, hn::PromoteTo(d, s2),
                    hn::MulAdd(m_cosine, hn::PromoteTo(d, s1), hn::PromoteTo(d, sum)));
-    const auto clipped = hn::Min(hn::Max(value, hn::Zero(d)), m_maximum);
-    return hn::DemoteTo(hn::Half<Integers>(), clipped);
+    return hn::DemoteTo(hn::Half<Integers>(), value);
   }
 
-  hn::Vec<Doubles> m_sine, m_cosine, m_maximum;
+  hn::Vec<Doubles> m_sine, m_cosine;
+  hn::Vec<SignedWords> m_maximum;
 };
 
 template <class T>
@@ -300,8 +354,7 @@ void LookByCosine(const CosinePolarizer& polarizer, const PolarizerLines<T>& sou
 
 #endif
 
-// --- As they are dispatched
-// -------------------------------------------------------------------------
+// --- As they are dispatched ---
 
 void Reduce8(AngleReduction r, const PolarizerLines<uint8_t>& s, ResultColumns c, uint8_t* to) {
   Reduce(r, s, c, to);
@@ -344,22 +397,42 @@ HWY_EXPORT(LookByCosine16);
 
 namespace {
 
-/// The line of whole numbers that a block of the table is, as far as there is one.
-VirtualPolarizer::Line LineOf(const int32_t* block, size_t size) {
-  VirtualPolarizer::Line line{.isNegative = block[size - 1] < 0};
-  line.whole = static_cast<uint16_t>(std::abs(block[1]));
-  // Entry i is right for fractions from (entry << 32) / i to just below ((entry + 1) << 32) / i.
+/// Fractions that give the entries of some samples, both ends included.
+struct FractionRange {
   uint64_t least = 0;
   uint64_t most = 0xFFFFFFFF;
-  for (uint64_t i = 1; i < size; ++i) {
-    const uint64_t entry = static_cast<uint64_t>(std::abs(block[i])) - line.whole * i;
-    least = std::max(least, ((entry << 32) + i - 1) / i);
-    most = std::min(most, (((entry + 1) << 32) + i - 1) / i - 1);
+
+  /// Entries are right for fractions from (entry << 32) / i to just below ((entry + 1) << 32) / i.
+  FractionRange With(uint64_t sample, uint64_t entry) const {
+    const auto firstFraction = [&](uint64_t e) { return ((e << 32) + sample - 1) / sample; };
+    return {std::max(least, firstFraction(entry)), std::min(most, firstFraction(entry + 1) - 1)};
   }
-  const uint64_t shortFraction = (least + 0xFFFF) & ~uint64_t{0xFFFF};
-  uint64_t fraction = least <= most ? least : (least + most) / 2;
-  if (shortFraction <= most) fraction = shortFraction;
-  line.fraction = static_cast<uint32_t>(std::min<uint64_t>(fraction, 0xFFFFFFFF));
+  bool IsEmpty() const { return least > most; }
+  /// One that has its upper half only, if there is one.
+  uint64_t Any() const {
+    const uint64_t rounded = (least + 0xFFFF) & ~uint64_t{0xFFFF};
+    return rounded <= most ? rounded : least;
+  }
+};
+
+/// The line of whole numbers that a block of the table is, as far as there is one.
+VirtualPolarizer::Line LineOf(const int32_t* block, uint64_t size) {
+  VirtualPolarizer::Line line{.isNegative = block[size - 1] < 0,
+                              .whole = static_cast<uint16_t>(std::abs(block[1]))};
+  const auto fractionOf = [&](uint64_t sample) {
+    return static_cast<uint64_t>(std::abs(block[sample])) - line.whole * sample;
+  };
+  uint64_t sample = 1;
+  for (uint64_t& fraction : line.fractions) {
+    if (sample < size && sample > 1) line.step = static_cast<uint16_t>(sample);
+    FractionRange range;
+    for (; sample < size; ++sample) {
+      const FractionRange narrowed = range.With(sample, fractionOf(sample));
+      if (narrowed.IsEmpty()) break;
+      range = narrowed;
+    }
+    fraction = range.Any();
+  }
   return line;
 }
 
@@ -373,7 +446,7 @@ VirtualPolarizer::VirtualPolarizer(const int32_t* allEntries, unsigned bits)
     const Line line = lines[a] = LineOf(block, size);
     int32_t lowest = 0, highest = 0;
     for (size_t i = 0; i < size; ++i) {
-      const auto value = static_cast<int32_t>(line.whole * i + (line.fraction * uint64_t{i} >> 32));
+      const auto value = static_cast<int32_t>(line.At(i));
       const int32_t difference = block[i] - (line.isNegative ? -value : value);
       lowest = std::min(lowest, difference);
       highest = std::max(highest, difference);

@@ -11,12 +11,12 @@ namespace QvApi::Kernels {
 
 /// Which pixels of a mosaic of polarizers make one pixel of the result.
 enum class Neighbourhood {
-  /// 2 x 2 pixels around each column: column c of the result takes the columns c - 1 and c of the
-  /// mosaic, column 0 those of column 1, and the last column those of the last but one, so that the
-  /// mosaic's last column is used by two columns' width alone. A width of 1 takes its one column
-  /// twice.
+  /// Windows of 2 x 2 pixels: column c of the result takes columns c - 1 and c of the mosaic. There
+  /// is no window left of the first one and none for the mosaic's last column, so the first column
+  /// and the last one repeat the result beside them. Of a single column both pixels are its own.
   Window,
-  /// Column k of the result takes columns 2 k and 2 k + 1; an odd last column is not used.
+  /// Tiles of 2 x 2 pixels: column k of the result takes columns 2 k and 2 k + 1. An odd last
+  /// column is not used.
   Cell,
 };
 
@@ -54,11 +54,20 @@ struct VirtualPolarizer {
   /// times 2^14. The table is borrowed.
   VirtualPolarizer(const int32_t* table, unsigned depth);
 
-  /// (whole * sample + (fraction * sample >> 32)) with the sign.
+  /// (whole * sample + (fraction * sample >> 32)) with the sign. Where exact multiples of the
+  /// coefficient are whole numbers, the sums of a table may come to lie first above and then below
+  /// them; samples from `step` on have the other fraction then.
   struct Line {
-    uint16_t whole = 0;
-    uint32_t fraction = 0;
+    static constexpr uint16_t kNoStep = 0x7FFF;
+
+    uint64_t At(uint64_t sample) const {
+      return whole * sample + (fractions[sample >= step] * sample >> 32);
+    }
+
     bool isNegative = false;
+    uint16_t whole = 0;
+    uint16_t step = kNoStep;
+    std::array<uint64_t, 2> fractions{};  ///< 32 bits each.
   };
 
   const int32_t* table;

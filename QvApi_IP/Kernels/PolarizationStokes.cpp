@@ -4,7 +4,7 @@
 // formulas themselves, so that results are theirs in every case.
 #include <algorithm>
 #include <array>
-#include <bit>
+#include <type_traits>
 
 #include "QvApi_IP/Kernels/Polarization.h"
 #include "QvApi_IP/Kernels/PolarizationScalar.h"
@@ -27,32 +27,35 @@ namespace hn = hwy::HWY_NAMESPACE;
 using Floats = hn::Repartition<float, Words>;
 using FloatVector = hn::Vec<Floats>;
 using FloatMask = hn::Mask<Floats>;
-using Integers = hn::Repartition<int32_t, Words>;
-using SignedWords = hn::RebindToSigned<Words>;
 
 /// Whole numbers in single precision: the differences of Stokes and the sum of the samples.
 struct StokesFloats {
   FloatVector s1, s2, sum;
 };
 
-template <class V>
-HWY_INLINE FloatVector ToFloats(V halfOfWords) {
-  return hn::ConvertTo(Floats(), hn::PromoteTo(Integers(), halfOfWords));
-}
+/// The two halves of a vector of words in single precision. Interleaving leaves lanes in an order
+/// that ToWords takes back.
+struct FloatPair {
+  FloatVector lower, upper;
+};
 
-HWY_INLINE StokesFloats LowerStokes(WordVector s1, WordVector s2, WordVector sum) {
-  const SignedWords d;
-  const hn::Half<SignedWords> half;
-  return {ToFloats(hn::LowerHalf(half, hn::BitCast(d, s1))),
-          ToFloats(hn::LowerHalf(half, hn::BitCast(d, s2))),
-          ToFloats(hn::LowerHalf(half, hn::BitCast(d, sum)))};
+HWY_INLINE FloatPair ToFloats(WordVector words) {
+  const Words d;
+  const auto zero = hn::Zero(d);
+  return {hn::ConvertTo(Floats(), hn::BitCast(Integers(), hn::InterleaveLower(d, words, zero))),
+          hn::ConvertTo(Floats(), hn::BitCast(Integers(), hn::InterleaveUpper(d, words, zero)))};
 }
-HWY_INLINE StokesFloats UpperStokes(WordVector s1, WordVector s2, WordVector sum) {
-  const SignedWords d;
-  const hn::Half<SignedWords> half;
-  return {ToFloats(hn::UpperHalf(half, hn::BitCast(d, s1))),
-          ToFloats(hn::UpperHalf(half, hn::BitCast(d, s2))),
-          ToFloats(hn::UpperHalf(half, hn::BitCast(d, sum)))};
+HWY_INLINE FloatPair SignedToFloats(WordVector words) {
+  const Words d;
+  const auto zero = hn::Zero(d);
+  const auto extend = [](WordVector upperHalves) HWY_ATTR {
+    return hn::ConvertTo(Floats(), hn::ShiftRight<16>(hn::BitCast(Integers(), upperHalves)));
+  };
+  return {extend(hn::InterleaveLower(d, zero, words)), extend(hn::InterleaveUpper(d, zero, words))};
+}
+HWY_INLINE WordVector ToWords(FloatVector lower, FloatVector upper) {
+  return hn::BitCast(Words(), hn::ReorderDemote2To(SignedWords(), hn::ConvertTo(Integers(), lower),
+                                                   hn::ConvertTo(Integers(), upper)));
 }
 
 /// Puts formula(s1, s2, sum) into the lanes of `mask`.
@@ -81,7 +84,9 @@ class StokesVectors {
       : m_scale(scale),
         m_maximum(hn::Set(Floats(), static_cast<float>(scale.maximum))),
         m_half(hn::Set(Floats(), 0.5f)),
-        m_one(hn::Set(Floats(), 1.0f)) {}
+        m_one(hn::Set(Floats(), 1.0f)),
+        m_halfTurn(hn::Set(Floats(), static_cast<float>(scale.halfTurn))),
+        m_tieLimit(hn::Set(Floats(), 0.5f - 2.5e-7f * static_cast<float>(scale.maximum))) {}
 
   /// Six operations of half a unit in the last place each, of which the root halves those before:
   /// less than 5 * 2^-24 in all.
@@ -99,7 +104,8 @@ class StokesVectors {
                        [&](int s1, int s2, uint32_t sum) { return m_scale.Degree(s1, s2, sum); });
   }
 
-  /// In turns, the polynomial is wrong by 6e-9 at most, and what rounding adds is below 1.4e-7.
+  /// In turns, the polynomial is wrong by 4e-8 at most, and what rounding adds is below 1.4e-7. A
+  /// half turn is an exact tie, and the directions next to it are far away.
   HWY_INLINE FloatVector Angle(const StokesFloats& stokes) const {
     const Floats d;
     const auto zero = hn::Zero(d);
@@ -108,16 +114,14 @@ class StokesVectors {
     const auto ratio = hn::Div(hn::Min(x, y), hn::Max(hn::Max(x, y), m_one));
     auto turn = hn::Mul(ratio, TurnsOverRatio(hn::Mul(ratio, ratio)));
     turn = hn::IfThenElse(hn::Gt(y, x), hn::Sub(hn::Set(d, 0.25f), turn), turn);
-    const auto isBack = hn::Lt(stokes.s1, zero);
-    turn = hn::IfThenElse(isBack, hn::Sub(m_half, turn), turn);
+    turn = hn::IfThenElse(hn::Lt(stokes.s1, zero), hn::Sub(m_half, turn), turn);
     turn = hn::IfThenElse(hn::Lt(stokes.s2, zero), hn::Sub(m_one, turn), turn);
-    const auto value = hn::MulAdd(turn, m_maximum, m_half);
-    const auto isHalfTurn = hn::And(isBack, hn::Eq(stokes.s2, zero));
-    const auto angle = hn::IfThenElse(isHalfTurn, hn::Set(d, static_cast<float>(m_scale.halfTurn)),
-                                      hn::Floor(value));
-    const auto margin = hn::Mul(m_maximum, hn::Set(d, 2.5e-7f));
-    const auto isUnsure =
-        hn::AndNot(isHalfTurn, IsNearWhole(hn::Sub(value, hn::Floor(value)), margin));
+    const auto value = hn::Mul(turn, m_maximum);
+    const auto rounded = hn::Round(value);
+    const auto isHalfTurn = hn::Eq(turn, m_half);
+    const auto angle = hn::IfThenElse(isHalfTurn, m_halfTurn, rounded);
+    const auto isNearTie = hn::Gt(hn::Abs(hn::Sub(value, rounded)), m_tieLimit);
+    const auto isUnsure = hn::AndNot(isHalfTurn, isNearTie);
     if (HWY_LIKELY(hn::AllFalse(d, isUnsure))) return angle;
     return Recalculate(angle, isUnsure, stokes,
                        [&](int s1, int s2, uint32_t) { return m_scale.Angle(s1, s2); });
@@ -130,9 +134,8 @@ class StokesVectors {
 
   /// atan(r) / (2 pi r) for r from 0 to 1 by its square: a minimax polynomial.
   static HWY_INLINE FloatVector TurnsOverRatio(FloatVector square) {
-    constexpr float kCoefficients[]{-0.000645304452f, 0.00347959795f, -0.00889872337f,
-                                    0.0153460338f,    -0.0221362715f, 0.0317459452f,
-                                    -0.053046121f,    0.159154837f};
+    constexpr float kCoefficients[]{0.00108413057f, -0.00534827781f, 0.012672501f, -0.0210615181f,
+                                    0.0315251176f,  -0.0530262382f,  0.159154324f};
     auto value = hn::Set(Floats(), kCoefficients[0]);
     for (size_t i = 1; i < std::size(kCoefficients); ++i)
       value = hn::MulAdd(value, square, hn::Set(Floats(), kCoefficients[i]));
@@ -140,16 +143,10 @@ class StokesVectors {
   }
 
   const StokesScale& m_scale;
-  const FloatVector m_maximum, m_half, m_one;
+  const FloatVector m_maximum, m_half, m_one, m_halfTurn, m_tieLimit;
 };
 
-HWY_INLINE WordVector ToWords(FloatVector lower, FloatVector upper) {
-  const hn::Half<Words> half;
-  return hn::Combine(Words(), hn::DemoteTo(half, hn::ConvertTo(Integers(), upper)),
-                     hn::DemoteTo(half, hn::ConvertTo(Integers(), lower)));
-}
-
-/// Calls `lower(stokes)`, `upper(stokes)` ... for both halves of the samples at each column.
+/// Calls `calculate(lower, upper, i)` with both halves of a vector of columns, i being their place.
 template <class T, class Calculate, class Scalars>
 HWY_INLINE void WalkStokes(const PolarizerLines<T>& source, ResultColumns columns,
                            Calculate calculate, Scalars scalars) {
@@ -160,7 +157,11 @@ HWY_INLINE void WalkStokes(const PolarizerLines<T>& source, ResultColumns column
         const auto s1 = hn::Sub(words.i0, words.i90);
         const auto s2 = hn::Sub(words.i45, words.i135);
         const auto sum = hn::Add(hn::Add(words.i0, words.i90), hn::Add(words.i45, words.i135));
-        calculate(LowerStokes(s1, s2, sum), UpperStokes(s1, s2, sum), i);
+        const FloatPair x = SignedToFloats(s1);
+        const FloatPair y = SignedToFloats(s2);
+        const FloatPair n = ToFloats(sum);
+        calculate(StokesFloats{x.lower, y.lower, n.lower}, StokesFloats{x.upper, y.upper, n.upper},
+                  i);
       },
       scalars);
 }
@@ -190,39 +191,45 @@ void Angle(const PolarizerLines<T>& source, ResultColumns columns, T* result) {
       [&](ResultColumns rest, size_t i) { Scalar::AngleOfPolarization(source, rest, result + i); });
 }
 
-struct ColorFloats {
-  FloatVector red, green, blue;
+template <class V>
+struct ColorVector {
+  V red, green, blue;
 };
 
-/// Scalar::Color in whole numbers of single precision. A channel on its way has risen by a product
-/// below 2^22 over the width of its sector; a half more in the product keeps the quotient away from
-/// whole numbers by more than the multiplication with the reciprocal errs.
+/// Scalar::Color in lanes of D: signed words for 8 bits, single precision for more.
+template <class D>
 class ColorVectors {
+  using V = hn::Vec<D>;
+  using Lane = hn::TFromD<D>;
+  static constexpr bool kIsWords = sizeof(Lane) == 2;
+
  public:
   ColorVectors(const HueStyle& style, uint32_t maximum)
-      : m_style(style), m_maximum(hn::Set(Floats(), static_cast<float>(maximum))) {
+      : m_style(style), m_maximum(Set(maximum)), m_shift(Set(maximum * style.phase / 255)) {
     const uint32_t ends[]{maximum / 6,     maximum / 3,     maximum / 2,
                           maximum * 4 / 6, maximum * 5 / 6, maximum};
     for (size_t i = 0; i < 6; ++i) {
       const uint32_t width = ends[i] - (i == 0 ? 0 : ends[i - 1]);
-      m_ends[i] = hn::Set(Floats(), static_cast<float>(ends[i]));
-      m_perWidth[i] = hn::Set(Floats(), 1.0f / static_cast<float>(width));
+      m_ends[i] = Set(ends[i]);
+      if constexpr (kIsWords) {
+        m_perWidth[i] = hn::Set(D(), static_cast<Lane>(((1u << 21) + width - 1) / width));
+      } else {
+        m_perWidth[i] = hn::Set(D(), 1.0f / static_cast<float>(width));
+      }
     }
-    m_shift = hn::Set(Floats(), static_cast<float>(maximum * style.phase / 255));
   }
 
-  HWY_INLINE ColorFloats operator()(FloatVector angle, FloatVector degree) const {
-    const Floats d;
+  HWY_INLINE ColorVector<V> operator()(V angle, V degree) const {
     if (m_style.isInverted) angle = hn::Sub(m_maximum, angle);
-    const auto turned = hn::Add(angle, m_shift);
-    const auto h = hn::IfThenElse(hn::Gt(turned, m_maximum), hn::Sub(turned, m_maximum), turned);
-    const auto high = m_style.isDark ? degree : m_maximum;
-    const auto low = m_style.isDark ? hn::Zero(d) : hn::Sub(m_maximum, degree);
+    const V turned = hn::Add(angle, m_shift);
+    const V h = hn::IfThenElse(hn::Gt(turned, m_maximum), hn::Sub(turned, m_maximum), turned);
+    const V high = m_style.isDark ? degree : m_maximum;
+    const V low = m_style.isDark ? hn::Zero(D()) : hn::Sub(m_maximum, degree);
 
     // From the last sector to the first.
-    auto way = hn::Sub(m_maximum, h);
-    auto perWidth = m_perWidth[5];
-    const auto below = [&](size_t sector, FloatVector wayThere) HWY_ATTR {
+    V way = hn::Sub(m_maximum, h);
+    V perWidth = m_perWidth[5];
+    const auto below = [&](size_t sector, V wayThere) HWY_ATTR {
       const auto isBelow = hn::Lt(h, m_ends[sector]);
       way = hn::IfThenElse(isBelow, wayThere, way);
       perWidth = hn::IfThenElse(isBelow, m_perWidth[sector], perWidth);
@@ -233,40 +240,80 @@ class ColorVectors {
     const auto is2 = below(2, hn::Sub(h, m_ends[1]));
     const auto is1 = below(1, hn::Sub(m_ends[1], h));
     const auto is0 = below(0, h);
-    const auto product = hn::MulAdd(way, hn::Sub(high, low), hn::Set(d, 0.5f));
-    const auto between = hn::Add(low, hn::Floor(hn::Mul(product, perWidth)));
+    const V between = hn::Add(low, Quotient(way, hn::Sub(high, low), perWidth));
 
-    const auto pick = [](FloatMask mask, FloatVector yes, FloatVector no)
-                          HWY_ATTR { return hn::IfThenElse(mask, yes, no); };
+    const auto pick = [](auto mask, V yes, V no) HWY_ATTR { return hn::IfThenElse(mask, yes, no); };
     return {pick(is1, low, pick(is2, between, pick(is4, high, between))),
             pick(is0, between, pick(is2, high, pick(is3, between, low))),
             pick(is0, high, pick(is1, between, pick(is3, low, pick(is4, between, high))))};
   }
 
  private:
-  const HueStyle& m_style;
-  FloatVector m_maximum, m_shift, m_ends[6], m_perWidth[6];
+  static HWY_INLINE V Set(uint32_t value) { return hn::Set(D(), static_cast<Lane>(value)); }
+
+  /// way * span / width, cut off. In words, 2^21 over the width, rounded up, is exact for products
+  /// below 2^15. In single precision products are below 2^22; a half more keeps quotients away from
+  /// whole numbers by more than the multiplication with the reciprocal errs.
+  static HWY_INLINE V Quotient(V way, V span, V perWidth) {
+    if constexpr (kIsWords) {
+      const auto product = hn::BitCast(Words(), hn::Mul(way, span));
+      const auto quotient = hn::MulHigh(product, hn::BitCast(Words(), perWidth));
+      return hn::BitCast(D(), hn::ShiftRight<5>(quotient));
+    } else {
+      return hn::Floor(hn::Mul(hn::MulAdd(way, span, hn::Set(D(), 0.5f)), perWidth));
+    }
+  }
+
+  const HueStyle m_style;
+  V m_maximum, m_shift, m_ends[6], m_perWidth[6];
 };
 
+using ColorWords = ColorVector<WordVector>;
+
+HWY_INLINE ColorWords ColorsOf(const ColorVectors<SignedWords>& colors, WordVector angles,
+                               WordVector degrees) {
+  const SignedWords di;
+  const Words d;
+  const auto color = colors(hn::BitCast(di, angles), hn::BitCast(di, degrees));
+  return {hn::BitCast(d, color.red), hn::BitCast(d, color.green), hn::BitCast(d, color.blue)};
+}
+HWY_INLINE ColorWords ColorsOf(const ColorVectors<Floats>& colors, WordVector angles,
+                               WordVector degrees) {
+  const FloatPair a = ToFloats(angles);
+  const FloatPair p = ToFloats(degrees);
+  const auto lower = colors(a.lower, p.lower);
+  const auto upper = colors(a.upper, p.upper);
+  return {ToWords(lower.red, upper.red), ToWords(lower.green, upper.green),
+          ToWords(lower.blue, upper.blue)};
+}
+
+/// In pieces: angles and degrees first, then what they look like. All at once would need more
+/// registers than there are.
 template <class T>
 void Color(const HueStyle& style, const PolarizerLines<T>& source, ResultColumns columns,
            const std::array<T*, 3>& result) {
-  const StokesScale scale(source.depth);
-  const StokesVectors vectors(scale);
-  const ColorVectors colors(style, scale.maximum);
-  WalkStokes(
-      source, columns,
-      [&](const StokesFloats& lower, const StokesFloats& upper, size_t i) HWY_ATTR {
-        const ColorFloats first = colors(vectors.Angle(lower), vectors.Degree(lower));
-        const ColorFloats second = colors(vectors.Angle(upper), vectors.Degree(upper));
-        StoreWords(ToWords(first.red, second.red), result[0] + i);
-        StoreWords(ToWords(first.green, second.green), result[1] + i);
-        StoreWords(ToWords(first.blue, second.blue), result[2] + i);
-      },
-      [&](ResultColumns rest, size_t i) {
-        Scalar::ColorOfPolarization(style, source, rest,
-                                    {result[0] + i, result[1] + i, result[2] + i});
-      });
+  using Lanes = std::conditional_t<sizeof(T) == 1, SignedWords, Floats>;
+  constexpr size_t kPiece = 512;
+  const size_t n = hn::Lanes(Words());
+  const ColorVectors<Lanes> colors(style, (1u << source.depth) - 1);
+  HWY_ALIGN T angles[kPiece];
+  HWY_ALIGN T degrees[kPiece];
+  HWY_ALIGN T rest[3][hn::MaxLanes(Words())];
+  for (size_t first = 0; first < columns.count; first += kPiece) {
+    const size_t count = std::min(kPiece, columns.count - first);
+    Angle(source, {columns.first + first, count}, angles);
+    Degree(source, {columns.first + first, count}, degrees);
+    for (size_t i = 0; i < count; i += n) {
+      const bool isWhole = i + n <= count;
+      const auto target = [&](size_t c) { return isWhole ? result[c] + first + i : rest[c]; };
+      const ColorWords color = ColorsOf(colors, LoadWords(angles + i), LoadWords(degrees + i));
+      StoreWords(color.red, target(0));
+      StoreWords(color.green, target(1));
+      StoreWords(color.blue, target(2));
+      if (isWhole) continue;
+      for (size_t c = 0; c < 3; ++c) std::copy_n(rest[c], count - i, result[c] + first + i);
+    }
+  }
 }
 
 /// A line of the table. The magnitude has too many digits for single precision.

@@ -25,6 +25,8 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 using Words = hn::ScalableTag<uint16_t>;
 using WordVector = hn::Vec<Words>;
+using SignedWords = hn::RebindToSigned<Words>;
+using Integers = hn::Repartition<int32_t, Words>;
 
 HWY_INLINE WordVector LoadWords(const uint8_t* samples) {
   const Words d;
@@ -34,7 +36,7 @@ HWY_INLINE WordVector LoadWords(const uint16_t* samples) { return hn::LoadU(Word
 
 HWY_INLINE void StoreWords(WordVector words, uint8_t* samples) {
   const hn::Rebind<uint8_t, Words> d;
-  hn::StoreU(hn::DemoteTo(d, hn::BitCast(hn::RebindToSigned<Words>(), words)), d, samples);
+  hn::StoreU(hn::DemoteTo(d, hn::BitCast(SignedWords(), words)), d, samples);
 }
 HWY_INLINE void StoreWords(WordVector words, uint16_t* samples) {
   hn::StoreU(words, Words(), samples);
@@ -59,7 +61,6 @@ struct AngleWords {
 /// For columns of windows: those from 1 to the last but one.
 template <class T>
 HWY_INLINE AngleWords LoadAngles(const PolarizerLines<T>& source, size_t column) {
-  const auto mask = hn::Set(Words(), static_cast<uint16_t>((1u << source.depth) - 1));
   WordVector zero, other, ninety, opposite;
   if (source.neighbourhood == Neighbourhood::Window) {
     const size_t left = column - 1;
@@ -86,6 +87,7 @@ HWY_INLINE AngleWords LoadAngles(const PolarizerLines<T>& source, size_t column)
   }
   if (source.is45In90) std::swap(other, opposite);
   if constexpr (sizeof(T) == 1) return {zero, other, ninety, opposite};
+  const auto mask = hn::Set(Words(), static_cast<uint16_t>((1u << source.depth) - 1));
   return {hn::And(zero, mask), hn::And(other, mask), hn::And(ninety, mask),
           hn::And(opposite, mask)};
 }
@@ -106,9 +108,12 @@ HWY_INLINE void WalkColumns(const PolarizerLines<T>& source, ResultColumns colum
   if (innerEnd < innerFirst + lanes) return scalars(columns, size_t{0});
   const auto place = [&](size_t column) { return column - columns.first; };
   if (innerFirst > columns.first) scalars(ResultColumns{columns.first, 1}, size_t{0});
-  size_t column = innerFirst;
-  for (; column + lanes <= innerEnd; column += lanes) vectors(column, place(column));
-  if (column < innerEnd) vectors(innerEnd - lanes, place(innerEnd - lanes));
+  // One call in one place, so that it is inlined.
+  const size_t last = innerEnd - lanes;
+  for (size_t column = innerFirst;; column = std::min(column + lanes, last)) {
+    vectors(column, place(column));
+    if (column == last) break;
+  }
   if (innerEnd < end) scalars(ResultColumns{innerEnd, 1}, place(innerEnd));
 }
 

@@ -10,6 +10,7 @@
 
 #include "QvApi_IP/IQvGammaCorrectionFilter.h"
 #include "QvApi_IP/IQvPixelFormatConverter.h"
+#include "QvApi_IP/IQvReverseConverter.h"
 #include "QvApi_IP/IQvStillImageFiler.h"
 #include "QvApi_IP/QvApi_IP.h"
 #include "QvApi_IP/QvFilterPtrList.h"

@@ -41,7 +41,7 @@ const struct {
      }},
     {"CreateIQvConverter",
      2,
-     {0},
+     {0, 1},
      [](unsigned type) -> const void* {
        Released converter(CreateIQvConverter(static_cast<EQvConverterType_t>(type)));
        return converter.Releasable();

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <limits>
 #include <memory>
-#include <set>
 
+#include "QvApi_IP/FilterChecks.h"
 #include "QvApi_IP/QvGammaCorrectionFilter.h"
 #include "QvApi_IP/TestImages.h"
 
@@ -89,17 +89,15 @@ TEST(GammaFilter, CorrectsEveryFormatAndNothingBeside) {
       unsigned seed = 0;
       for (double gamma : {2.0, 0.0, 4.0, 0.45, 1.0}) {
         filter.SetGammaValue(gamma);
-        for (auto [width, height] : {std::pair{1, 1}, {2, 3}, {3, 2}, {17, 2}, {67, 3}, {130, 1}})
-          for (std::size_t padding : {0, 1, 6}) {
-            const auto w = static_cast<std::size_t>(width), h = static_cast<std::size_t>(height);
-            TestImage image(w, h, format, padding), expected(w, h, format, padding);
-            image.Randomize(++seed);
-            expected.All() = image.All();
-            CorrectByHand(expected, layout, gamma);
-            ASSERT_EQ(filter.Filter(&image), &image);
-            ASSERT_EQ(image.All(), expected.All()) << NameOf(format) << " gamma " << gamma << " "
-                                                   << width << " x " << height << " + " << padding;
-          }
+        ForEachShape([&](std::size_t width, std::size_t height, std::size_t padding) {
+          TestImage image(width, height, format, padding), expected(width, height, format, padding);
+          image.Randomize(++seed);
+          expected.All() = image.All();
+          CorrectByHand(expected, layout, gamma);
+          ASSERT_EQ(filter.Filter(&image), &image);
+          ASSERT_EQ(image.All(), expected.All()) << NameOf(format) << " gamma " << gamma << " "
+                                                 << width << " x " << height << " + " << padding;
+        });
       }
     }
   EXPECT_EQ(count, 41U);
@@ -195,29 +193,17 @@ TEST(GammaFilter, TableIsKeptByDepthAndGammaAlone) {
 }
 
 TEST(GammaFilter, RefusesOtherFormatsAndLeavesThemAlone) {
-  std::set<PixelFormat> supported;
-  for (const auto& row : kFormats) supported.insert(row.formats.begin(), row.formats.end());
+  std::vector<PixelFormat> supported;
+  for (const auto& row : kFormats)
+    supported.insert(supported.end(), row.formats.begin(), row.formats.end());
   Filter filter;
   filter.SetGammaValue(2.0);
-  for (const PixelFormatRow& row : kPixelFormats) {
-    const bool isSupported = supported.count(row.format) != 0;
-    EXPECT_EQ(filter.GetIQvFilterInfo()->IsSupported(row.format), isSupported) << row.name;
-    if (isSupported) continue;
-    TestImage image(8, 8, row.format);
-    const auto before = image.Randomize(5).All();
-    EXPECT_EQ(MessageOf<GenICam::RuntimeException>([&] { filter.Filter(&image); }),
-              "Not supported pixelformat " + std::string(row.name));
-    EXPECT_EQ(image.All(), before) << row.name;
-  }
-  std::uint8_t byte = 7;
-  ForeignImage unknown(&byte, 1, 1, 1, static_cast<PixelFormat>(0x0108ABCD));
-  EXPECT_EQ(MessageOf<GenICam::RuntimeException>([&] { filter.Filter(&unknown); }),
-            "Not supported pixelformat 0x0108ABCD");
-  ForeignImage noPixels(nullptr, 0, 0, 0, Mono8);
-  EXPECT_EQ(MessageOf<GenICam::RuntimeException>([&] { filter.Filter(&noPixels); }),
-            "There is no available image.");
-  EXPECT_THROW(filter.Filter(nullptr), GenICam::InvalidArgumentException);
-  EXPECT_EQ(byte, 7);
+  ExpectSupportsOnly(filter, supported);
+}
+
+TEST(GammaFilter, DocumentMatchesRegisters) {
+  Filter filter;
+  ExpectDocumentMatchesRegisters(filter);
 }
 
 TEST(GammaFilter, WorksOnAViewOnly) {
