@@ -6,7 +6,13 @@
 #include <iterator>
 #include <new>
 
+#include "QvApi_IP/QvBalanceRatioFilter.h"
+#include "QvApi_IP/QvChromaSuppressionFilter.h"
+#include "QvApi_IP/QvColorTransformationFilter.h"
+#include "QvApi_IP/QvEdgeEnhancementFilter.h"
+#include "QvApi_IP/QvFlatFieldCorrectionFilter.h"
 #include "QvApi_IP/QvGammaCorrectionFilter.h"
+#include "QvApi_IP/QvNoiseReductionFilter.h"
 #include "QvApi_IP/QvPixelFormatConverter.h"
 #include "QvApi_IP/QvReverseConverter.h"
 #include "QvApi_IP/QvStillImageWriter.h"
@@ -47,12 +53,12 @@ constexpr FilerRow Filer() {
 
 constexpr FilterRow kFilters[] = {
     Filter<CQvGammaCorrectionFilter>(),
-    {QvFilterType_ColorTransformation},
-    {QvFilterType_EdgeEnhancement},
-    {QvFilterType_BalanceRatio},
-    {QvFilterType_NoiseReduction},
-    {QvFilterType_FlatFieldCorrection},
-    {QvFilterType_ChromaSuppression},
+    Filter<CQvColorTransformationFilter>(),
+    Filter<CQvEdgeEnhancementFilter>(),
+    Filter<CQvBalanceRatioFilter>(),
+    Filter<CQvNoiseReductionFilter>(),
+    Filter<CQvFlatFieldCorrectionFilter>(),
+    Filter<CQvChromaSuppressionFilter>(),
     {QvFilterType_SNMeasurement},
     {QvFilterType_GraphData},
     {QvFilterType_ImageAveraging},

@@ -8,7 +8,13 @@
 #include <Base/GCString.h>
 #include <GenApi/GenApi.h>
 
+#include "QvApi_IP/IQvBalanceRatioFilter.h"
+#include "QvApi_IP/IQvChromaSuppressionFilter.h"
+#include "QvApi_IP/IQvColorTransformationFilter.h"
+#include "QvApi_IP/IQvEdgeEnhancementFilter.h"
+#include "QvApi_IP/IQvFlatFieldCorrectionFilter.h"
 #include "QvApi_IP/IQvGammaCorrectionFilter.h"
+#include "QvApi_IP/IQvNoiseReductionFilter.h"
 #include "QvApi_IP/IQvPixelFormatConverter.h"
 #include "QvApi_IP/IQvReverseConverter.h"
 #include "QvApi_IP/IQvStillImageFiler.h"
