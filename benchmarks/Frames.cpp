@@ -79,6 +79,9 @@ Buffer MakeFrame(PixelFormat format) {
 }
 
 std::size_t BytesOf(IQvImage& image) {
+  // Sized as three whole planes, of which the two of chrominance are a quarter full.
+  if (image.GetImagePixelFormat() == PixelFormat::CYCbCr420_8_YY_Cb_Cr_Planar)
+    return image.GetImageWidth() * image.GetImageHeight() * 3 / 2;
   const IQvPixelFormatInfo& info = *GetIQvPixelFormatInfo(image.GetImagePixelFormat());
   return (image.GetImageWidth() * info.GetTotalBitCount() + 7) / 8 * image.GetImageHeight() *
          info.GetPlaneCount();

@@ -45,6 +45,54 @@ void LookUp(IQvImage& source, std::uint8_t* destination) {
   cv::LUT(Matrix(source, source.GetImageBuffer(), channels), kTable, to);
 }
 
+void UnsharpMask(IQvImage& source, std::uint8_t* destination) {
+  static cv::Mat blurred;
+  const int channels = ChannelsOf(source);
+  const cv::Mat from = Matrix(source, source.GetImageBuffer(), channels);
+  cv::Mat to = Matrix(source, destination, channels);
+  cv::GaussianBlur(from, blurred, {3, 3}, 0);
+  cv::addWeighted(from, 2, blurred, -1, 0, to);
+}
+
+void Transform(IQvImage& source, std::uint8_t* destination) {
+  static const cv::Mat kMatrix = [] {
+    cv::Mat matrix(3, 3, CV_32F);
+    for (int row = 0; row < 3; ++row)
+      for (int column = 0; column < 3; ++column)
+        matrix.at<float>(2 - row, 2 - column) = static_cast<float>(kColorGains[row][column]);
+    return matrix;
+  }();
+  cv::Mat to = Matrix(source, destination, 3);
+  cv::transform(Matrix(source, source.GetImageBuffer(), 3), to, kMatrix);
+}
+
+// Of 3 x 3 pixels.
+void MedianBlur(IQvImage& source, std::uint8_t* destination) {
+  const int channels = ChannelsOf(source);
+  cv::Mat to = Matrix(source, destination, channels);
+  cv::medianBlur(Matrix(source, source.GetImageBuffer(), channels), to, 3);
+}
+
+void MultiplyByMap(IQvImage& source, std::uint8_t* destination) {
+  const cv::Mat from = Matrix(source, source.GetImageBuffer(), 1);
+  static const cv::Mat kMap(from.size(), CV_32F, cv::Scalar(1.25));
+  cv::Mat to = Matrix(source, destination, 1);
+  cv::multiply(from, kMap, to, 1, from.type());
+}
+
+void LookUp3(IQvImage& source, std::uint8_t* destination) {
+  static const cv::Mat kTables = [] {
+    cv::Mat tables(1, 256, CV_8UC3);
+    for (int i = 0; i < 256; ++i)
+      tables.at<cv::Vec3b>(i) = {cv::saturate_cast<std::uint8_t>(std::floor(i * kBlueRatio)),
+                                 static_cast<std::uint8_t>(i),
+                                 cv::saturate_cast<std::uint8_t>(std::floor(i * kRedRatio))};
+    return tables;
+  }();
+  cv::Mat to = Matrix(source, destination, 3);
+  cv::LUT(Matrix(source, source.GetImageBuffer(), 3), kTables, to);
+}
+
 void Write(IQvImage& image, const std::string& fileName) {
   cv::imwrite(fileName, Matrix(image, image.GetImageBuffer(), ChannelsOf(image)));
 }
@@ -56,6 +104,11 @@ constexpr Peer kPeers[] = {
     {"OpenCV grey", ConvertColor<cv::COLOR_BayerRGGB2GRAY, 1, 1>},
     {"OpenCV BGR2RGB", ConvertColor<cv::COLOR_BGR2RGB, 3, 3>},
     {"cv::LUT", LookUp},
+    {"cv::transform", Transform},
+    {"cv::LUT of 3 channels", LookUp3},
+    {"cv::GaussianBlur + addWeighted", UnsharpMask},
+    {"cv::medianBlur", MedianBlur},
+    {"cv::multiply", MultiplyByMap},
     {"cv::imwrite", nullptr, Write},
 };
 

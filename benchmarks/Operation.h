@@ -53,6 +53,7 @@ struct Row {
 /// The rows of each family, in the order of the table. A new operation is a new line in one of
 /// their tables; a new family is a new file and one call in main.cpp.
 std::vector<Row> ConversionRows();
+std::vector<Row> ReverseRows();
 std::vector<Row> FilterRows();
 std::vector<Row> FileRows();
 

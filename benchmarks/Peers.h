@@ -12,6 +12,13 @@ namespace Bench {
 
 /// Exponent of all gamma rows.
 constexpr double kGamma = 0.45;
+/// Gains of all balance rows; green has 1.
+constexpr double kRedRatio = 1.5, kBlueRatio = 1.8;
+
+/// Colour matrix of all rows: red, green and blue out of red, green and blue, as a camera's
+/// calibration gives it.
+constexpr double kColorGains[3][3] = {
+    {1.62, -0.45, -0.17}, {-0.21, 1.4, -0.19}, {0.03, -0.52, 1.49}};
 
 /// Another library's function for work that this library does too. It has one of the two forms;
 /// the other is null. Depth and size are the image's.

@@ -52,7 +52,7 @@ Options Parse(int argc, char** argv) {
 
 std::vector<Row> AllRows() {
   std::vector<Row> rows;
-  for (const auto family : {ConversionRows, FilterRows, FileRows})
+  for (const auto family : {ConversionRows, ReverseRows, FilterRows, FileRows})
     for (Row& row : family()) rows.push_back(std::move(row));
   return rows;
 }

@@ -80,6 +80,15 @@ double Psnr(IQvImage& image, IQvImage& original) {
   return 10 * std::log10(255.0 * 255.0 * count / sum);
 }
 
+unsigned SampleAt(IQvImage& image, std::size_t x, std::size_t y) {
+  const IQvPixelFormatInfo& info = *GetIQvPixelFormatInfo(image.GetImagePixelFormat());
+  const std::uint8_t* line = LineOf(image, y);
+  if (info.GetTotalBitCount() == 8) return line[x];
+  std::uint16_t sample;
+  std::memcpy(&sample, line + 2 * x, sizeof sample);
+  return sample;
+}
+
 double MedianMilliseconds(const std::function<void()>& run, const std::function<void()>& prepare) {
   using Clock = std::chrono::steady_clock;
   std::array<double, kTimedRuns> times{};

@@ -39,6 +39,9 @@ bool SamePixels(QvApi::IQvImage& a, QvApi::IQvImage& b);
 /// dB; infinite for equal images.
 double Psnr(QvApi::IQvImage& image, QvApi::IQvImage& original);
 
+/// A sample of an image of one component a pixel that is not packed.
+unsigned SampleAt(QvApi::IQvImage& image, std::size_t x, std::size_t y);
+
 /// Median time of `run` over several calls behind a first one that does not count. `prepare` goes
 /// before each, untimed.
 double MedianMilliseconds(

@@ -96,14 +96,24 @@ void WriteChecks(std::ostream& out, const std::vector<Check>& checks) {
   out << "</ul>\n";
 }
 
+// Columns of a sheet whose last row is full if that can be had.
+std::size_t Columns(std::size_t figures) {
+  if (figures <= 4) return figures;
+  return figures % 3 == 0 && figures % 4 != 0 ? 3 : 4;
+}
+
 void WriteSection(std::ostream& out, const Section& section) {
   out << "<section id=\"" << Escape(section.id) << "\">\n"
       << Tag("h2", section.title) << '\n'
       << Tag("p", section.text) << '\n';
   WriteTable(out, section.table);
   WriteChecks(out, section.checks);
+  if (section.sheet)
+    out << "<div class=\"sheet\" style=\"--columns: " << Columns(section.figures.size()) << "\">\n";
+  else
+    out << "<div>\n";
   for (const Figure& figure : section.figures) WriteFigure(out, figure);
-  out << "</section>\n";
+  out << "</div>\n</section>\n";
 }
 
 void WriteHead(std::ostream& out, const Page& page) {

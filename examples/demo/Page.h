@@ -47,6 +47,7 @@ struct Check {
 struct Section {
   std::string id, title, text;
   std::vector<Figure> figures;
+  bool sheet = false;  ///< Figures small, side by side, to be compared.
   Table table;
   std::vector<Check> checks;
 };

@@ -36,13 +36,21 @@ article { display: grid; grid-template-columns: 1fr auto; gap: 20px;
 .crops { display: grid; grid-template-columns: repeat(3, auto); gap: 12px;
          align-content: start; justify-content: start; }
 .crops:empty { display: none; }
+.sheet { display: grid; grid-template-columns: repeat(var(--columns), minmax(0, 1fr)); gap: 16px;
+         margin: 20px 0; }
+.sheet article { display: block; margin: 0; padding: 14px; }
+.sheet .whole { display: flex; flex-direction: column; }
+.sheet h3 { overflow-wrap: anywhere; }
+.sheet p { margin: 0; }
+.sheet .whole a:has(img) { order: -1; margin-bottom: 10px; }
+.sheet .crops { grid-template-columns: repeat(3, minmax(0, 1fr)); margin-top: 12px; }
 figure { margin: 0; max-width: 100%; }
 .crop { image-rendering: pixelated; display: block; border-radius: 4px; max-width: 100%;
         height: auto; }
 figcaption { color: var(--faint); font-size: .82rem; }
 .facts { list-style: none; display: flex; flex-wrap: wrap; gap: 4px 16px; margin: 10px 0 0;
          padding: 0; font-size: .9rem; }
-code { font: .86rem ui-monospace, "DejaVu Sans Mono", monospace; }
+code { font: .86rem ui-monospace, "DejaVu Sans Mono", monospace; overflow-wrap: anywhere; }
 .table { overflow-x: auto; margin: 12px 0; }
 table { border-collapse: collapse; font-variant-numeric: tabular-nums; font-size: .92rem; }
 th, td { padding: 6px 18px 6px 0; text-align: left; border-bottom: 1px solid var(--line);
@@ -55,6 +63,7 @@ th { color: var(--faint); font-weight: 600; }
 .fails { color: var(--bad); }
 @media (max-width: 860px) { article { grid-template-columns: 1fr; padding: 14px; }
                             .crops { grid-template-columns: repeat(auto-fill, minmax(130px, 192px)); }
+                            .sheet { grid-template-columns: repeat(auto-fill, minmax(250px, 1fr)); }
                             header, main { padding-left: 14px; padding-right: 14px; } }
 )css";
 

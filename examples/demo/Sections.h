@@ -11,7 +11,19 @@ namespace Demo {
 
 Section ShowScene(const Scene& scene, Album& album);
 Section ShowDemosaicing(const Scene& scene, Album& album);
+Section ShowPacked(const Scene& scene, Album& album);
+Section ShowYCbCr(const Scene& scene, Album& album);
+Section ShowColorMaps(const Scene& scene, Album& album);
+Section ShowOrientations(const Scene& scene, Album& album);
+Section ShowPolarization(const Scene& scene, Album& album);
 Section ShowGamma(const Scene& scene, Album& album);
+Section ShowBalance(const Scene& scene, Album& album);
+Section ShowFlatField(const Scene& scene, Album& album);
+Section ShowDarkFrame(const Scene& scene, Album& album);
+Section ShowMedian(const Scene& scene, Album& album);
+Section ShowColorTransformation(const Scene& scene, Album& album);
+Section ShowEdgeEnhancement(const Scene& scene, Album& album);
+Section ShowChromaSuppression(const Scene& scene, Album& album);
 Section ShowFiles(const Scene& scene, Album& album);
 
 }  // namespace Demo

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 // The demo program: takes one frame through the library and writes a page that shows the results.
+#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <iostream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "Sections.h"
 
@@ -18,8 +21,15 @@ constexpr char kUsage[] =
     "Takes a frame through the library and writes pictures and DIR/index.html (DIR is demo-out by\n"
     "default). The frame is sampled from FILE, a PNG or BMP picture, or else from a test chart.\n";
 
-constexpr Section (*kSteps[])(const Scene&, Album&) = {ShowScene, ShowDemosaicing, ShowGamma,
-                                                       ShowFiles};
+constexpr Section (*kSteps[])(const Scene&, Album&) = {
+    // Conversions.
+    ShowScene, ShowDemosaicing, ShowPacked, ShowYCbCr, ShowColorMaps, ShowOrientations,
+    ShowPolarization,
+    // Filters.
+    ShowGamma, ShowBalance, ShowFlatField, ShowDarkFrame, ShowMedian, ShowColorTransformation,
+    ShowEdgeEnhancement, ShowChromaSuppression,
+    // Files.
+    ShowFiles};
 
 struct Options {
   std::string file, output = "demo-out";
@@ -42,20 +52,29 @@ Options Parse(int argc, char** argv) {
   return options;
 }
 
-void PrintRow(const std::vector<std::string>& cells) {
-  std::cout << "  ";
-  for (const std::string& cell : cells) {
-    std::cout << cell;
-    if (cell.size() < 22) std::cout << std::string(22 - cell.size(), ' ');
+// Characters of a text in UTF-8, whose further bytes are 10xxxxxx.
+std::size_t Length(const std::string& text) {
+  return static_cast<std::size_t>(
+      std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
+void PrintTable(const Table& table) {
+  std::vector<std::vector<std::string>> rows = table.rows;
+  rows.insert(rows.begin(), table.head);
+  std::vector<std::size_t> widths(table.head.size());
+  for (const std::vector<std::string>& row : rows)
+    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], Length(row[i]));
+  for (const std::vector<std::string>& row : rows) {
+    for (std::size_t i = 0; i < row.size(); ++i)
+      std::cout << "  " << row[i] << std::string(widths[i] - Length(row[i]), ' ');
+    std::cout << '\n';
   }
-  std::cout << '\n';
 }
 
 // Says on the console what the section says on the page. Returns whether all its checks hold.
 bool Report(const Section& section) {
   std::cout << section.title << '\n';
-  if (!section.table.rows.empty()) PrintRow(section.table.head);
-  for (const std::vector<std::string>& row : section.table.rows) PrintRow(row);
+  if (!section.table.rows.empty()) PrintTable(section.table);
   bool allHold = true;
   for (const Check& check : section.checks) {
     std::cout << (check.holds ? "  ok    " : "  FAULT ") << check.text << '\n';
