@@ -31,7 +31,12 @@ qv_add_run(Example.OwnMemory COMMAND $<TARGET_FILE:own_memory>
 
 set(demo $<TARGET_FILE:qvapi_demo>)
 qv_add_run(Demo.Chart COMMAND ${demo} --output out
-           SAYS "7 Bilinear3.*The page is .*out/index.html")
+           SAYS "7 Bilinear3.*Pol1Mono12.*Multiplication brings.*Suppressed.*The page is .*out/index.html")
+# Sizes that fill no tile or group, and a picture without light, of which no mean is above another.
+qv_add_run(Demo.OddSize PREPARE ${IMAGEMAGICK_CONVERT} rose: -crop 37x19+0+0 +repage
+           -type TrueColor odd.png COMMAND ${demo} odd.png SAYS "The page is .*demo-out/index.html")
+qv_add_run(Demo.Black PREPARE ${IMAGEMAGICK_CONVERT} -size 64x48 xc:black PNG24:black.png
+           COMMAND ${demo} black.png SAYS "The page is .*demo-out/index.html")
 foreach(kind png bmp)
   qv_add_run(Demo.Photograph.${kind} PREPARE ${IMAGEMAGICK_CONVERT} rose: -type TrueColor
              rose.${kind} COMMAND ${demo} rose.${kind} SAYS "The page is .*demo-out/index.html")

@@ -237,60 +237,68 @@ HWY_INLINE hn::Vec<D> ClampBytes(D d, hn::Vec<D> bytes, uint8_t least, uint8_t m
   return hn::Min(hn::Max(bytes, hn::Set(d, least)), hn::Set(d, most));
 }
 
-/// Stores the first `count` bytes of a vector.
-template <class D>
-HWY_INLINE void StoreBytes(D d, hn::Vec<D> bytes, uint8_t* to, size_t count) {
-  if (count == hn::Lanes(d)) return hn::StoreU(bytes, d, to);
-  HWY_ALIGN uint8_t buffer[hn::MaxLanes(D8())];
-  hn::Store(bytes, d, buffer);
-  std::memcpy(to, buffer, count);
-}
-
-/// Stores the luminance of the first `count` pixels.
-HWY_INLINE void StoreLuma(const YCbCrLimits& limits, V16 even, V16 odd, uint8_t* to, size_t count) {
+/// Stores the luminance of a vector of pixels.
+HWY_INLINE void StoreLuma(const YCbCrLimits& limits, V16 even, V16 odd, uint8_t* to) {
   const D8 d;
-  StoreBytes(d, ClampBytes(d, JoinBytes(even, odd), limits.minY, limits.maxY), to, count);
+  hn::StoreU(ClampBytes(d, JoinBytes(even, odd), limits.minY, limits.maxY), d, to);
 }
 
-/// Stores the chrominance of the first `count` lanes.
-HWY_INLINE void StoreChroma(const YCbCrLimits& limits, V16 lanes, uint8_t* to, size_t count) {
+/// Stores the chrominance of the lanes.
+HWY_INLINE void StoreChroma(const YCbCrLimits& limits, V16 lanes, uint8_t* to) {
   const hn::Half<D8> d;
-  StoreBytes(d, ClampBytes(d, hn::DemoteTo(d, lanes), limits.minC, limits.maxC), to, count);
+  hn::StoreU(ClampBytes(d, hn::DemoteTo(d, lanes), limits.minC, limits.maxC), d, to);
 }
 
 /// The same where just the first lane of each pair counts.
-HWY_INLINE void StoreChromaOfPairs(const YCbCrLimits& limits, V16 lanes, uint8_t* to,
-                                   size_t count) {
+HWY_INLINE void StoreChromaOfPairs(const YCbCrLimits& limits, V16 lanes, uint8_t* to) {
   const hn::Half<hn::Half<D8>> d;
   const auto first = hn::ShiftRight<16>(hn::ShiftLeft<16>(hn::BitCast(D32(), lanes)));
-  StoreBytes(d, ClampBytes(d, hn::DemoteTo(d, first), limits.minC, limits.maxC), to, count);
+  hn::StoreU(ClampBytes(d, hn::DemoteTo(d, first), limits.minC, limits.maxC), d, to);
 }
 
-/// The components of the first `count` pixels of vectors of red, green and blue; whole groups.
+/// The components of vectors of red, green and blue.
 template <size_t kGroup>
 HWY_INLINE void ColorsToComponents(const ToComponents& make, const V8* colors,
-                                   const YCbCrComponents& to, size_t i, size_t count) {
+                                   const YCbCrComponents& to, size_t i) {
   const ColorLanes even = EveryOtherColor<0>(colors);
   const ColorLanes odd = EveryOtherColor<1>(colors);
   const YCbCrLimits& limits = make.limits;
-  StoreLuma(limits, make.Whole(make.luma, even), make.Whole(make.luma, odd), to.luma + i, count);
+  StoreLuma(limits, make.Whole(make.luma, even), make.Whole(make.luma, odd), to.luma + i);
   if constexpr (kGroup == 1) {
     const D8 d;
-    const auto store = [&](V8 bytes, uint8_t* line) HWY_ATTR {
-      StoreBytes(d, ClampBytes(d, bytes, limits.minC, limits.maxC), line + i, count);
+    const auto store = [&](V16 first, V16 second, uint8_t* line) HWY_ATTR {
+      hn::StoreU(ClampBytes(d, JoinBytes(first, second), limits.minC, limits.maxC), d, line + i);
     };
-    store(JoinBytes(make.Whole(make.cb, even), make.Whole(make.cb, odd)), to.cb);
-    store(JoinBytes(make.Whole(make.cr, even), make.Whole(make.cr, odd)), to.cr);
+    store(make.Whole(make.cb, even), make.Whole(make.cb, odd), to.cb);
+    store(make.Whole(make.cr, even), make.Whole(make.cr, odd), to.cr);
   } else if constexpr (kGroup == 2) {
     const ColorLanes means = MeanColors(even, odd, HalfSum);
-    StoreChroma(limits, make.Whole(make.cb, means), to.cb + i / 2, count / 2);
-    StoreChroma(limits, make.Whole(make.cr, means), to.cr + i / 2, count / 2);
+    StoreChroma(limits, make.Whole(make.cb, means), to.cb + i / 2);
+    StoreChroma(limits, make.Whole(make.cr, means), to.cr + i / 2);
   } else if constexpr (kGroup == 4) {
     const ColorLanes means = MeanColors(even, odd, MeanOfFour);
-    StoreChromaOfPairs(limits, make.Whole(make.cb, means), to.cb + i / 4, count / 4);
-    StoreChromaOfPairs(limits, make.Whole(make.cr, means), to.cr + i / 4, count / 4);
+    StoreChromaOfPairs(limits, make.Whole(make.cb, means), to.cb + i / 4);
+    StoreChromaOfPairs(limits, make.Whole(make.cr, means), to.cr + i / 4);
   }
 }
+
+/// Components of a vector of pixels on their way to the end of a line. What is left of a line is
+/// padded to a vector and goes the same way as all.
+struct RestOfLine {
+  HWY_ALIGN uint8_t luma[hn::MaxLanes(D8())] = {};
+  HWY_ALIGN uint8_t cb[hn::MaxLanes(D8())] = {};
+  HWY_ALIGN uint8_t cr[hn::MaxLanes(D8())] = {};
+
+  YCbCrComponents Components(bool hasChroma = true) {
+    return {luma, hasChroma ? cb : nullptr, hasChroma ? cr : nullptr};
+  }
+  void CopyTo(const YCbCrComponents& to, size_t pixels, size_t chroma) const {
+    std::memcpy(to.luma, luma, pixels);
+    if (chroma == 0) return;
+    std::memcpy(to.cb, cb, chroma);
+    std::memcpy(to.cr, cr, chroma);
+  }
+};
 
 /// kGroup 0 makes luminance only. `count` is a multiple of the group.
 template <size_t kGroup>
@@ -299,25 +307,30 @@ void ToYCbCr(const YCbCrArithmetic& matrix, const YCbCrSource& source, const uin
   const D8 d;
   const size_t n = hn::Lanes(d);
   const ToComponents make(matrix);
-  const auto convert = [&](V8 c0, V8 c1, V8 c2, size_t i, size_t pixelsThere) HWY_ATTR {
-    if (source.isBGR) std::swap(c0, c2);
-    const V8 colors[3] = {c0, c1, c2};
-    ColorsToComponents<kGroup>(make, colors, to, i, pixelsThere);
-  };
-  V8 c0, c1, c2, alpha;
   size_t i = 0;
   for (; i + n <= count; i += n) {
     const uint8_t* p = pixels + i * source.step;
+    V8 c0, c1, c2, alpha;
     if (source.step == 3) {
       LoadPixels3(d, p, c0, c1, c2);
     } else {
       LoadPixels4(d, p, c0, c1, c2, alpha);
     }
-    convert(c0, c1, c2, i, n);
+    if (source.isBGR) std::swap(c0, c2);
+    const V8 colors[3] = {c0, c1, c2};
+    ColorsToComponents<kGroup>(make, colors, to, i);
   }
   if (i == count) return;
-  LoadPixelsN(d, pixels + i * source.step, source.step, count - i, c0, c1, c2, alpha);
-  convert(c0, c1, c2, i, count - i);
+  HWY_ALIGN uint8_t padded[4 * hn::MaxLanes(d)] = {};
+  std::memcpy(padded, pixels + i * source.step, (count - i) * source.step);
+  RestOfLine rest;
+  ToYCbCr<kGroup>(matrix, source, padded, rest.Components(), n);
+  if constexpr (kGroup == 0) {
+    rest.CopyTo({to.luma + i, nullptr, nullptr}, count - i, 0);
+  } else {
+    rest.CopyTo({to.luma + i, to.cb + i / kGroup, to.cr + i / kGroup}, count - i,
+                (count - i) / kGroup);
+  }
 }
 
 void ToYCbCrOfGroup(const YCbCrArithmetic& matrix, const YCbCrSource& source, const uint8_t* pixels,
@@ -350,18 +363,18 @@ HWY_INLINE TileLanes LoadTiles(const uint8_t* red, const uint8_t* blue) {
 
 /// The pixels of a tile differ in green only.
 HWY_INLINE void TilesToComponents(const ToComponents& make, const TileLanes& tiles,
-                                  const YCbCrComponents& to, size_t k, size_t count) {
+                                  const YCbCrComponents& to, size_t k) {
   constexpr int kShift = kColorDomain.shift;
   const Input red = MakeInput<kShift>(tiles.red), blue = MakeInput<kShift>(tiles.blue);
   const Input first = MakeInput<kShift>(HalfSum(tiles.greenOdd, tiles.greenEven));
   const Input second = MakeInput<kShift>(HalfSum(tiles.greenOdd, tiles.nextGreenOdd));
   const auto outer = make.luma.AddOuter(red, blue);
   StoreLuma(make.limits, WholeParts(make.luma.AddMiddle(outer, first)),
-            WholeParts(make.luma.AddMiddle(outer, second)), to.luma + 2 * k, 2 * count);
+            WholeParts(make.luma.AddMiddle(outer, second)), to.luma + 2 * k);
   if (to.cb == nullptr) return;
   const Input green = MakeInput<kShift>(HalfSum(first.value, second.value));
-  StoreChroma(make.limits, WholeParts(make.cb(red, green, blue)), to.cb + k, count);
-  StoreChroma(make.limits, WholeParts(make.cr(red, green, blue)), to.cr + k, count);
+  StoreChroma(make.limits, WholeParts(make.cb(red, green, blue)), to.cb + k);
+  StoreChroma(make.limits, WholeParts(make.cr(red, green, blue)), to.cr + k);
 }
 
 template <int kRed>
@@ -372,19 +385,24 @@ void TilesToYCbCr(const uint8_t* red, const uint8_t* blue, const YCbCrComponents
   const ToComponents make(YCbCrArithmeticOf(YCbCrMatrix::Full));
   size_t k = 0;
   for (; k + n < tiles + following; k += n) {
-    TilesToComponents(make, LoadTiles<kRed>(red + 2 * k, blue + 2 * k), to, k, n);
+    TilesToComponents(make, LoadTiles<kRed>(red + 2 * k, blue + 2 * k), to, k);
   }
   // What is left is fewer tiles than lanes or just as many, and maybe one that only gives its
   // green.
   if (k == tiles) return;
-  HWY_ALIGN uint8_t rest[2][2 * hn::MaxLanes(d)] = {};
-  const size_t bytes = 2 * (tiles - k + following);
-  std::memcpy(rest[0], red + 2 * k, bytes);
-  std::memcpy(rest[1], blue + 2 * k, bytes);
+  HWY_ALIGN uint8_t padded[2][4 * hn::MaxLanes(d)] = {};
+  const size_t left = tiles - k;
+  const size_t bytes = 2 * (left + following);
+  std::memcpy(padded[0], red + 2 * k, bytes);
+  std::memcpy(padded[1], blue + 2 * k, bytes);
   if (following == 0) {
-    for (auto& row : rest) row[bytes + 1] = row[bytes - 1];
+    for (auto& row : padded) row[bytes + 1] = row[bytes - 1];
   }
-  TilesToComponents(make, LoadTiles<kRed>(rest[0], rest[1]), to, k, tiles - k);
+  RestOfLine rest;
+  const bool hasChroma = to.cb != nullptr;
+  TilesToYCbCr<kRed>(padded[0], padded[1], rest.Components(hasChroma), n, 1);
+  rest.CopyTo({to.luma + 2 * k, to.cb + (hasChroma ? k : 0), to.cr + (hasChroma ? k : 0)}, 2 * left,
+              hasChroma ? left : 0);
 }
 
 void TilesOfPhaseToYCbCr(const uint8_t* row, const uint8_t* nextRow, int phase,
@@ -494,14 +512,16 @@ void ToColor(const YCbCrArithmetic& matrix, const YCbCrPlanes& planes, uint8_t* 
     StorePixels(d, colors[0], colors[1], colors[2], pixels + i * step, step);
   }
   if (i == count) return;
-  HWY_ALIGN uint8_t rest[3][hn::MaxLanes(d)] = {};
-  const size_t chroma = (count - i + kGroup - 1) / kGroup;
-  std::memcpy(rest[0], planes.luma + i, count - i);
-  std::memcpy(rest[1], planes.cb + i / kGroup, chroma);
-  std::memcpy(rest[2], planes.cr + i / kGroup, chroma);
-  colorsOf(rest[0], rest[1], rest[2], colors);
-  if (isBGR) std::swap(colors[0], colors[2]);
-  StorePixelsN(d, colors[0], colors[1], colors[2], pixels + i * step, step, count - i);
+  const size_t left = count - i;
+  const size_t chroma = (left + kGroup - 1) / kGroup;
+  RestOfLine rest;
+  std::memcpy(rest.luma, planes.luma + i, left);
+  std::memcpy(rest.cb, planes.cb + i / kGroup, chroma);
+  std::memcpy(rest.cr, planes.cr + i / kGroup, chroma);
+  HWY_ALIGN uint8_t padded[4 * hn::MaxLanes(d)] = {};
+  std::memcpy(padded, pixels + i * step, left * step);
+  ToColor<kStudio, kGroup>(matrix, {rest.luma, rest.cb, rest.cr, kGroup}, padded, step, isBGR, n);
+  std::memcpy(pixels + i * step, padded, left * step);
 }
 
 void ToColorOfMatrix(const YCbCrArithmetic& matrix, const YCbCrPlanes& planes, uint8_t* pixels,

@@ -13,12 +13,12 @@ namespace {
 
 using ChromaFilter = CQvAutoPtr<IQvFilterReleasable, IQvChromaSuppressionFilter>;
 
-constexpr double kChromaNoise = 16;
-constexpr unsigned kThreshold = 48, kSuppression = 6;
+constexpr double kChromaNoise = 20;
+constexpr unsigned kThreshold = 60, kSuppression = 5;
 
 // The light falls off to the right.
 double LampAt(IQvImage& picture, std::size_t x) {
-  return std::pow(0.08, static_cast<double>(x) / static_cast<double>(picture.GetImageWidth()));
+  return std::pow(0.14, static_cast<double>(x) / static_cast<double>(picture.GetImageWidth()));
 }
 
 // Red and blue are amplified more than green, and their noise with them.

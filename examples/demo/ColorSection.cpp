@@ -78,7 +78,7 @@ struct Correction {
 constexpr Correction kCorrections[] = {{"Grey", "grey", 0, 0},
                                        {"Richer", "richer", 0, 1.8},
                                        {"Hues turned by 60 degrees", "hue-60", 60, 1},
-                                       {"Hues turned by -120 degrees", "hue--120", -120, 1}};
+                                       {"Hues turned by -120 degrees", "hue-minus-120", -120, 1}};
 
 Figure ShowCorrection(const Correction& correction, const FilterFigures& figures,
                       IQvImage& picture) {

@@ -68,7 +68,8 @@ const View kViews[] = {
      "Average",
      Defaults,
      {},
-     "What a sensor without polarizers sees. The letters in the right field are hidden.",
+     "What a sensor without polarizers sees. Of the letters in the right field no more shows than "
+     "their edges, where windows mix them with the ground.",
      "pol-average"},
     {"Minimum",
      PixelFormat::Pol1Mono8,

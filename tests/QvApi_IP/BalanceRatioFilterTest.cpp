@@ -267,11 +267,11 @@ TEST(BalanceRatioFilter, AnythingThatRegistersCanHoldIsDefined) {
         Filter filter;
         Reference reference;
         for (Channel channel : {kY, kCb, kCr}) {
-          reference.curves[channel] = {gain, offset, -offset / 2};
+          reference.curves[channel] = {gain, offset, -(offset / 2)};
           WriteRegister<std::uint64_t>(filter, 0x10, channel);
           WriteRegister(filter, 0x18, gain);
           WriteRegister(filter, 0x30, offset);
-          WriteRegister(filter, 0x50, -offset / 2);
+          WriteRegister(filter, 0x50, -(offset / 2));
         }
         for (int twice = 0; twice < 2; ++twice) {
           TestImage image(64, 2, format), expected(64, 2, format);
