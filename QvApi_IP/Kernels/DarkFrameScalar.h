@@ -30,7 +30,8 @@ void RepairDarkRow(const MedianWindow<T>& window, T* row, size_t width, MedianSi
   for (size_t x = begin; x < end; ++x) {
     if ((marks[x / 8] >> x % 8 & 1) == 0) continue;
     const bool isDiagonal = sites == MedianSites::Mono || IsGreen(sites, x);
-    row[x] = std::max(row[x], MedianAt(window, x, width, isDiagonal ? kDiagonal : kDirectAtTwo));
+    row[x] = std::max(row[x], isDiagonal ? MedianAt<kDiagonal>(window, x, width)
+                                         : MedianAt<kDirectAtTwo>(window, x, width));
   }
 }
 

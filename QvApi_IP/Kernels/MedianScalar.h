@@ -46,8 +46,8 @@ T Mean(T a, T b) {
 }
 
 /// The median of a pixel and those of its neighbours that exist.
-template <class T>
-T MedianAt(const MedianWindow<T>& window, size_t x, size_t width, const Neighbours& neighbours) {
+template <const Neighbours& neighbours, class T>
+T MedianAt(const MedianWindow<T>& window, size_t x, size_t width) {
   std::array<T, 5> s{window[2][x]};
   size_t count = 1;
   for (const Offset& offset : neighbours) {
@@ -71,21 +71,22 @@ T MedianAt(const MedianWindow<T>& window, size_t x, size_t width, const Neighbou
   }
 }
 
+/// What MedianRow gives for one pixel.
 template <class T>
-const Neighbours& NeighboursAt(const MedianWindow<T>& window, size_t x, size_t width,
-                               MedianSites sites) {
-  if (sites != MedianSites::Mono) return IsGreen(sites, x) ? kDiagonal : kDirectAtTwo;
+T MedianOfSite(const MedianWindow<T>& window, size_t x, size_t width, MedianSites sites) {
+  if (sites != MedianSites::Mono) {
+    return IsGreen(sites, x) ? MedianAt<kDiagonal>(window, x, width)
+                             : MedianAt<kDirectAtTwo>(window, x, width);
+  }
   const bool isInside = window[1] && window[3] && x != 0 && x + 1 != width;
-  return isInside ? kDiagonal : kDirect;
+  return isInside ? MedianAt<kDiagonal>(window, x, width) : MedianAt<kDirect>(window, x, width);
 }
 
 /// What MedianRow gives, from column `begin` to before column `end`.
 template <class T>
 void MedianRow(const MedianWindow<T>& window, T* destination, size_t width, MedianSites sites,
                size_t begin, size_t end) {
-  for (size_t x = begin; x < end; ++x) {
-    destination[x] = MedianAt(window, x, width, NeighboursAt(window, x, width, sites));
-  }
+  for (size_t x = begin; x < end; ++x) destination[x] = MedianOfSite(window, x, width, sites);
 }
 
 }  // namespace QvApi::Kernels::Scalar
