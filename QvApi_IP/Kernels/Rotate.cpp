@@ -148,7 +148,8 @@ void TransposeBlocks(const uint8_t* source, ptrdiff_t sourcePitch, uint8_t* dest
     for (size_t x = 0; x < columns; x += B::kColumns) {
       for (size_t y = strip; y < end; y += B::kRows) {
         // Too many rows at once, and too short pieces of them, for the machine to foresee.
-        for (size_t i = 0; i < B::kRows; ++i) hwy::Prefetch(sourceAt(std::min(x + kAhead, last), y + i));
+        for (size_t i = 0; i < B::kRows; ++i)
+          hwy::Prefetch(sourceAt(std::min(x + kAhead, last), y + i));
         for (size_t i = 0; i < B::kColumns; ++i) {
           hwy::Prefetch(destinationAt(std::min(x + B::kColumns + i, last), y));
         }
