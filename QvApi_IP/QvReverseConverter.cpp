@@ -157,7 +157,7 @@ void MovePixels(const IQvImage& source, const IQvImage& destination,
     const ImageLines from(source), to(destination, mode == QV_FLIPPING_ROTATING_MODE_REVERSE_XY);
     for (std::size_t y = 0; y < from.Height(); ++y)
       Kernels::MirrorPixels(bytes, from.Line<const std::uint8_t>(y), to.Line<std::uint8_t>(y),
-                            from.Width());
+                            from.Width(), from.Line<const std::uint8_t>(y + 1));
     return;
   }
   // Each turn is a transposition, with the rows of either image upside down.

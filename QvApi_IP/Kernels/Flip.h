@@ -14,7 +14,9 @@ struct PixelBytes {
 };
 
 /// Writes `count` pixels in reverse order. The lines must not overlap and need no alignment.
+/// @param next  the line to be read next, which is fetched into the cache meanwhile; any address
+///              will do, nothing is read there
 void MirrorPixels(const PixelBytes& bytes, const uint8_t* source, uint8_t* destination,
-                  size_t count);
+                  size_t count, const uint8_t* next);
 
 }  // namespace QvApi::Kernels

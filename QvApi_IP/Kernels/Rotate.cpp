@@ -18,30 +18,50 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 #if HWY_TARGET != HWY_SCALAR
 
+/// Blocks of 16 bytes in a register, which holds as many pieces of rows.
+inline constexpr size_t kWide = HWY_HAVE_SCALABLE ? 1 : HWY_MAX_BYTES / 16;
+
+/// Pieces of 16 bytes of kPieces rows that are `step` bytes apart.
+template <size_t kPieces>
+HWY_INLINE hn::Vec<hn::FixedTag<uint8_t, 16 * kPieces>> LoadPieces(const uint8_t* row,
+                                                                   ptrdiff_t step) {
+  const hn::FixedTag<uint8_t, 16 * kPieces> d;
+  if constexpr (kPieces == 1) {
+    return hn::LoadU(d, row);
+  } else {
+    constexpr size_t kHalf = kPieces / 2;
+    return hn::Combine(d, LoadPieces<kHalf>(row + static_cast<ptrdiff_t>(kHalf) * step, step),
+                       LoadPieces<kHalf>(row, step));
+  }
+}
+
 /// Pixels in registers, each in a lane of its own: a square of 16 x 16 bytes, 8 x 8 words, and so
-/// on. Pixels that are smaller than their lane come in four squares, one below the other, so that
-/// their columns fill three registers without gaps. kStep and kMoved are those of PixelBytes.
+/// on in each 16 bytes, one below the other, so that a column of all of them fills a register.
+/// Pixels that are smaller than their lane come in four squares of their own, so that their columns
+/// fill three registers without gaps. kStep and kMoved are those of PixelBytes.
 template <class Lane, size_t kStep, size_t kMoved>
 class Block {
-  static constexpr size_t kBytes = 16;
+  static constexpr bool kGaps = kStep != sizeof(Lane);
+  static constexpr size_t kPieces = kGaps ? 1 : kWide;
+  static constexpr size_t kBytes = 16 * kPieces;
   using D = hn::FixedTag<Lane, kBytes / sizeof(Lane)>;
   using V = hn::Vec<D>;
   using DB = hn::FixedTag<uint8_t, kBytes>;
-  static constexpr bool kGaps = kStep != sizeof(Lane);
-  static constexpr size_t kSide = kBytes / sizeof(Lane);
+  static constexpr size_t kSide = 16 / sizeof(Lane);
   static constexpr size_t kSquares = kGaps ? 4 : 1;
 
  public:
   static constexpr size_t kColumns = kSide;
-  static constexpr size_t kRows = kSide * kSquares;
+  static constexpr size_t kRows = kSide * kPieces * kSquares;
   /// Bytes of a row that are read, though only the first kColumns * kStep are used.
-  static constexpr size_t kRead = kBytes;
+  static constexpr size_t kRead = 16;
 
   static HWY_INLINE void Transpose(const uint8_t* source, ptrdiff_t sourcePitch,
                                    uint8_t* destination, ptrdiff_t destinationPitch) {
     V squares[kSquares][kSide];
-    for (size_t i = 0; i < kRows; ++i) {
-      squares[i / kSide][i % kSide] = LoadRow(source + static_cast<ptrdiff_t>(i) * sourcePitch);
+    for (size_t i = 0; i < kSquares * kSide; ++i) {
+      squares[i / kSide][i % kSide] =
+          LoadRow(source + static_cast<ptrdiff_t>(i) * sourcePitch, sourcePitch);
     }
     for (V(&square)[kSide] : squares) TransposeSquare(square);
     for (size_t i = 0; i < kColumns; ++i) {
@@ -68,8 +88,8 @@ class Block {
     }
   }
 
-  static HWY_INLINE V LoadRow(const uint8_t* row) {
-    auto bytes = hn::LoadU(DB(), row);
+  static HWY_INLINE V LoadRow(const uint8_t* row, ptrdiff_t pitch) {
+    auto bytes = LoadPieces<kPieces>(row, static_cast<ptrdiff_t>(kSide) * pitch);
     if constexpr (kGaps) bytes = hn::TableLookupBytes(bytes, Spread());
     return hn::BitCast(D(), bytes);
   }
@@ -77,7 +97,7 @@ class Block {
   static HWY_INLINE void StoreRow(V pixels, uint8_t* row) {
     const auto bytes = hn::BitCast(DB(), pixels);
     if constexpr (kMoved != kStep) {
-      const auto kept = hn::Ne(hn::Load(DB(), kKept), hn::Zero(DB()));
+      const auto kept = hn::Ne(hn::LoadDup128(DB(), kKept), hn::Zero(DB()));
       hn::StoreU(hn::IfThenElse(kept, hn::LoadU(DB(), row), bytes), DB(), row);
     } else {
       hn::StoreU(bytes, DB(), row);
@@ -132,26 +152,32 @@ void TransposeBlocks(const uint8_t* source, ptrdiff_t sourcePitch, uint8_t* dest
   constexpr PixelBytes kPixel{.step = kStep, .moved = kMoved};
   constexpr size_t kStripRows = 128;
   constexpr size_t kAhead = 128 / kStep;
-  const size_t last = width - 1;
   const auto sourceAt = [&](size_t x, size_t y) {
     return source + static_cast<ptrdiff_t>(y) * sourcePitch + x * kStep;
   };
   const auto destinationAt = [&](size_t x, size_t y) {
     return destination + static_cast<ptrdiff_t>(x) * destinationPitch + y * kStep;
   };
-  const size_t rows = height / B::kRows * B::kRows;
-  size_t columns = 0;
-  while (columns * kStep + B::kRead <= width * kStep) columns += B::kColumns;
+  if (height < B::kRows || width * kStep < B::kRead) {
+    return Scalar::TransposePixels(kPixel, source, sourcePitch, destination, destinationPitch,
+                                   width, height);
+  }
+  // The last block of a row or column overlaps the one before, if it may read its whole width.
+  const size_t lastRow = height - B::kRows;
+  const size_t lastColumn = (width * kStep - B::kRead) / kStep;
+  const size_t columns = std::min(width, lastColumn + B::kColumns);
 
-  for (size_t strip = 0; strip < rows; strip += kStripRows) {
-    const size_t end = std::min(strip + kStripRows, rows);
-    for (size_t x = 0; x < columns; x += B::kColumns) {
-      for (size_t y = strip; y < end; y += B::kRows) {
+  for (size_t strip = 0; strip < height; strip += kStripRows) {
+    const size_t end = std::min(strip + kStripRows, height);
+    for (size_t column = 0; column < columns; column += B::kColumns) {
+      const size_t x = std::min(column, lastColumn);
+      for (size_t row = strip; row < end; row += B::kRows) {
+        const size_t y = std::min(row, lastRow);
         // Too many rows at once, and too short pieces of them, for the machine to foresee.
         for (size_t i = 0; i < B::kRows; ++i)
-          hwy::Prefetch(sourceAt(std::min(x + kAhead, last), y + i));
+          hwy::Prefetch(sourceAt(std::min(x + kAhead, width - 1), y + i));
         for (size_t i = 0; i < B::kColumns; ++i) {
-          hwy::Prefetch(destinationAt(std::min(x + B::kColumns + i, last), y));
+          hwy::Prefetch(destinationAt(std::min(x + B::kColumns + i, width - 1), y));
         }
         B::Transpose(sourceAt(x, y), sourcePitch, destinationAt(x, y), destinationPitch);
       }
@@ -160,8 +186,6 @@ void TransposeBlocks(const uint8_t* source, ptrdiff_t sourcePitch, uint8_t* dest
                             destinationAt(columns, strip), destinationPitch, width - columns,
                             end - strip);
   }
-  Scalar::TransposePixels(kPixel, sourceAt(0, rows), sourcePitch, destinationAt(0, rows),
-                          destinationPitch, width, height - rows);
 }
 
 void Transpose(const PixelBytes& bytes, const uint8_t* source, ptrdiff_t sourcePitch,

@@ -44,7 +44,7 @@ TEST(Flip, MirrorsEveryWidth) {
         destination.FillRandom(2);
         const auto expected = Moved(bytes, source.samples(), destination.samples(),
                                     [&](size_t i) { return count - 1 - i; });
-        MirrorPixels(bytes, source.data(), destination.data(), count);
+        MirrorPixels(bytes, source.data(), destination.data(), count, source.data());
         ASSERT_THAT(destination.samples(), ElementsAreArray(expected));
         ASSERT_TRUE(destination.SurroundingsIntact());
       }
