@@ -50,10 +50,7 @@ void ColorToBayer(const IQvImage& source, const IQvImage& destination, bool reve
 void CQvPixelFormatConverter::ConverterColorInterporation(IQvImage* source,
                                                           IQvImageBuffer* destination,
                                                           bool reverseY) {
-  const bool isWide = FormatInfo(source->GetImagePixelFormat()).GetTotalBitCount() > 8;
-  const auto run =
-      isWide ? &ColorInterporation<unsigned short> : &ColorInterporation<unsigned char>;
-  run(*source, *destination->GetIQvImage(), reverseY, m_method);
+  ColorInterporation(*source, *destination->GetIQvImage(), reverseY, m_method);
 }
 
 void CQvPixelFormatConverter::ConverterBayerBToMonoB(IQvImage* source, IQvImageBuffer* destination,

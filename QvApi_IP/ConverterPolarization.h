@@ -12,10 +12,6 @@
 
 namespace QvApi {
 
-/// Throws RuntimeException "Converting a pixelformat from  %s to %s is not supported." with the
-/// names of both formats.
-[[noreturn]] void ThrowNotConvertible(const IQvImage& source, const IQvImage& destination);
-
 /// Calls `walk(from, to)` with the image and the buffer as kernels need them, or with copies.
 template <class Walk>
 void WithAlignedImages(CQvPixelFormatConverter& converter, IQvImage& source,

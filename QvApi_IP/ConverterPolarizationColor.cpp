@@ -78,23 +78,12 @@ void SplitColors(const IQvImage& source, IQvImageBuffer& destination) {
   }
 }
 
-/// Demosaicing of the image or of each quarter, with the samples that the format has.
-void Interpolate(const IQvImage& source, const IQvImage& destination,
-                 EQvBayerInterpolationMethod_t method) {
-  const bool isWide = FormatInfo(source.GetImagePixelFormat()).GetTotalBitCount() > 8;
-  const auto run =
-      isWide ? &ColorInterporation<unsigned short> : &ColorInterporation<unsigned char>;
-  run(source, destination, false, method);
-}
-
 }  // namespace
 
 void CQvPixelFormatConverter::ConverterPolarizationColorImageToMono(IQvImage* source,
                                                                     IQvImageBuffer* destination,
                                                                     bool reverseY) {
-  const EQvPolarizationImageTransformationMethod_t method = m_polarizationMethod;
-  if (method > QvPolarizationImageTransformationMethod_DifferenceOfPixelValues)
-    ThrowNotConvertible(*source, *destination->GetIQvImage());
+  const auto method = GetPolarizationMethod(*source, *destination->GetIQvImage());
   if (method == QvPolarizationImageTransformationMethod_OFF)
     return ConverterPolarizationOff(source, destination, reverseY);
   if (method != QvPolarizationImageTransformationMethod_DegreeOfLinearPolarization &&
@@ -108,9 +97,7 @@ void CQvPixelFormatConverter::ConverterPolarizationColorImageToMono(IQvImage* so
 void CQvPixelFormatConverter::ConverterPolarizationColorImageToBGR(IQvImage* source,
                                                                    IQvImageBuffer* destination,
                                                                    bool reverseY) {
-  const EQvPolarizationImageTransformationMethod_t method = m_polarizationMethod;
-  if (method > QvPolarizationImageTransformationMethod_DifferenceOfPixelValues)
-    ThrowNotConvertible(*source, *destination->GetIQvImage());
+  const auto method = GetPolarizationMethod(*source, *destination->GetIQvImage());
   const std::size_t depth =
       FormatInfo(source->GetImagePixelFormat()).GetEachComponentEffectiveBitCount();
   switch (method) {
@@ -172,7 +159,7 @@ void CQvPixelFormatConverter::AnglesToBGR(const IQvImage& source, const IQvImage
   const SampleLines from(source), to(mosaics, reverseY);
   SplitAngles(from, to, DepthChange::Keep(from.Row().depth));
   ForEachQuarter(mosaics, destination, [&](const auto& mosaic, const auto& part) {
-    Interpolate(mosaic, part, m_method);
+    ColorInterporation(mosaic, part, false, m_method);
   });
 }
 
@@ -187,7 +174,7 @@ void CQvPixelFormatConverter::CellsToBGR(const IQvImage& source, IQvImageBuffer&
   const SampleLines from(source), to(mosaic, reverseY);
   Polarize(from, to, Neighbourhood::Cell, operation, DepthChange::Keep(from.Row().depth));
   destination.SetSize(mosaic.GetImageWidth(), mosaic.GetImageHeight(), format, 0);
-  Interpolate(mosaic, *destination.GetIQvImage(), m_method);
+  ColorInterporation(mosaic, *destination.GetIQvImage(), false, m_method);
 }
 
 }  // namespace QvApi

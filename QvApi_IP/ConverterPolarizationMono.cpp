@@ -10,7 +10,6 @@
 #include "QvApi_IP/Kernels/Planes.h"
 #include "QvApi_IP/Kernels/SplitColumns.h"
 #include "QvApi_IP/PixelFormatFinder.h"
-#include "QvApi_IP/QvFormatName.h"
 
 namespace QvApi {
 namespace {
@@ -97,12 +96,6 @@ void SplitLine(const S* from, D* to, std::size_t width, const DepthChange& depth
 
 }  // namespace
 
-void ThrowNotConvertible(const IQvImage& source, const IQvImage& destination) {
-  throw RUNTIME_EXCEPTION("Converting a pixelformat from  %s to %s is not supported.",
-                          FormatName(source.GetImagePixelFormat()).c_str(),
-                          FormatName(destination.GetImagePixelFormat()).c_str());
-}
-
 PolarizerMosaic::PolarizerMosaic(const ImageLines& lines, Neighbourhood neighbourhood)
     : m_lines(lines), m_neighbourhood(neighbourhood) {
   const auto& tile = kTiles.at(lines.Format().GetPolarizerPatternNumber() - 1);
@@ -133,6 +126,14 @@ void SplitAngles(const SampleLines& from, const SampleLines& to, const DepthChan
       SplitLine(from.Line<const S>(y), to.Line<D>(row), from.Width(), depth);
     }
   });
+}
+
+EQvPolarizationImageTransformationMethod_t CQvPixelFormatConverter::GetPolarizationMethod(
+    const IQvImage& source, const IQvImage& destination) const {
+  const EQvPolarizationImageTransformationMethod_t method = m_polarizationMethod;
+  if (method > QvPolarizationImageTransformationMethod_DifferenceOfPixelValues)
+    ThrowNotConvertible(source.GetImagePixelFormat(), destination.GetImagePixelFormat());
+  return method;
 }
 
 PolarizationOperation CQvPixelFormatConverter::GetPolarizationOperation(
@@ -186,9 +187,7 @@ void CQvPixelFormatConverter::ConverterPolarizationOff(IQvImage* source,
 void CQvPixelFormatConverter::ConverterPolarizationImageToMono(IQvImage* source,
                                                                IQvImageBuffer* destination,
                                                                bool reverseY) {
-  const EQvPolarizationImageTransformationMethod_t method = m_polarizationMethod;
-  if (method > QvPolarizationImageTransformationMethod_DifferenceOfPixelValues)
-    ThrowNotConvertible(*source, *destination->GetIQvImage());
+  const auto method = GetPolarizationMethod(*source, *destination->GetIQvImage());
   if (method == QvPolarizationImageTransformationMethod_OFF)
     return ConverterPolarizationOff(source, destination, reverseY);
   if (method == QvPolarizationImageTransformationMethod_AngleAndDegreeOfLinearPolarization)
@@ -207,9 +206,7 @@ void CQvPixelFormatConverter::ConverterPolarizationImageToMono(IQvImage* source,
 void CQvPixelFormatConverter::ConverterPolarizationImageToBGR(IQvImage* source,
                                                               IQvImageBuffer* destination,
                                                               bool reverseY) {
-  const EQvPolarizationImageTransformationMethod_t method = m_polarizationMethod;
-  if (method > QvPolarizationImageTransformationMethod_DifferenceOfPixelValues)
-    ThrowNotConvertible(*source, *destination->GetIQvImage());
+  const auto method = GetPolarizationMethod(*source, *destination->GetIQvImage());
   if (method != QvPolarizationImageTransformationMethod_AngleAndDegreeOfLinearPolarization) {
     const std::size_t depth =
         FormatInfo(source->GetImagePixelFormat()).GetEachComponentEffectiveBitCount();

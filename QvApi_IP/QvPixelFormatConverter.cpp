@@ -97,10 +97,12 @@ CQvPixelFormatConverter::Handler CQvPixelFormatConverter::HandlerOf(Route route)
     case Route::ConverterPolarizationColorImageWToBGRW:
       return &Self::ConverterPolarizationColorImageToBGR;
 
-    default:
-      return nullptr;
+    case Route::None:
+    case Route::Count:
+      break;
   }
 #undef QV_HANDLER
+  return nullptr;
 }
 
 std::span<const Register<CQvPixelFormatConverter>> CQvPixelFormatConverter::RegisterTable() {
@@ -157,20 +159,17 @@ CQvPixelFormatConverter::Handler CQvPixelFormatConverter::GetConverter(PixelForm
   return HandlerOf(FindRoute(source, destination));
 }
 
+void CQvPixelFormatConverter::ThrowNotConvertible(PixelFormat source, PixelFormat destination) {
+  throw RUNTIME_EXCEPTION("Converting a pixelformat from  %s to %s is not supported.",
+                          FormatName(source).c_str(), FormatName(destination).c_str());
+}
+
 void CQvPixelFormatConverter::mConvert(IQvImage* source, IQvImageBuffer* destination,
                                        PixelFormat destinationFormat, bool reverseY) {
   const PixelFormat sourceFormat = source->GetImagePixelFormat();
   const Route route = FindRoute(sourceFormat, destinationFormat);
   const Handler handler = GetConverter(sourceFormat, destinationFormat);
-  if (!handler) {
-    const std::string from = FormatName(sourceFormat), to = FormatName(destinationFormat);
-    if (route != Route::None)
-      throw RUNTIME_EXCEPTION(
-          "Converting a pixelformat from  %s to %s is not available in this version.", from.c_str(),
-          to.c_str());
-    throw RUNTIME_EXCEPTION("Converting a pixelformat from  %s to %s is not supported.",
-                            from.c_str(), to.c_str());
-  }
+  if (!handler) ThrowNotConvertible(sourceFormat, destinationFormat);
   const auto* pSrcIQvImageInside = dynamic_cast<IQvImageInside*>(source);
   QV_ASSERT((pSrcIQvImageInside) != NULL);
   const std::size_t width = source->GetImageWidth();

@@ -98,8 +98,10 @@ class CQvPixelFormatConverter final
   }
 
  private:
-  /// The handler of each route; null where this version has none yet.
+  /// The handler of each route, null for no route.
   static Handler HandlerOf(Route route);
+  /// Throws RuntimeException with the names of both formats.
+  [[noreturn]] static void ThrowNotConvertible(PixelFormat source, PixelFormat destination);
 
   /// One hop.
   void mConvert(IQvImage* source, IQvImageBuffer* destination, PixelFormat destinationFormat,
@@ -142,6 +144,9 @@ class CQvPixelFormatConverter final
   void Converter2YCbCr(IQvImage*, IQvImageBuffer*, bool);
   void ConverterYUV2MonoOrBGR(IQvImage*, IQvImageBuffer*, bool);
   // ConverterPolarizationMono.cpp
+  /// The method that is set; a register takes any number, and those that are none throw.
+  EQvPolarizationImageTransformationMethod_t GetPolarizationMethod(
+      const IQvImage& source, const IQvImage& destination) const;
   PolarizationOperation GetPolarizationOperation(EQvPolarizationImageTransformationMethod_t method,
                                                  std::size_t depth);
   Kernels::HueStyle GetPolarizationHueStyle() const;

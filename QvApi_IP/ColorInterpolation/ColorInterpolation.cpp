@@ -47,4 +47,12 @@ template void ColorInterporation<unsigned char>(const IQvImage&, const IQvImage&
 template void ColorInterporation<unsigned short>(const IQvImage&, const IQvImage&, bool,
                                                  EQvBayerInterpolationMethod_t);
 
+void ColorInterporation(const IQvImage& source, const IQvImage& destination, bool reverse,
+                        EQvBayerInterpolationMethod_t method) {
+  const bool isWide = FormatInfo(source.GetImagePixelFormat()).GetTotalBitCount() > 8;
+  const auto run =
+      isWide ? &ColorInterporation<unsigned short> : &ColorInterporation<unsigned char>;
+  run(source, destination, reverse, method);
+}
+
 }  // namespace QvApi

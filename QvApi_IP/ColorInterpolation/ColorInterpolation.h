@@ -21,4 +21,8 @@ extern template void ColorInterporation<unsigned char>(const IQvImage&, const IQ
 extern template void ColorInterporation<unsigned short>(const IQvImage&, const IQvImage&, bool,
                                                         EQvBayerInterpolationMethod_t);
 
+/// The same with the samples that the source's format has.
+void ColorInterporation(const IQvImage& source, const IQvImage& destination, bool reverse,
+                        EQvBayerInterpolationMethod_t method);
+
 }  // namespace QvApi
