@@ -377,12 +377,14 @@ HWY_INLINE void TilesToComponents(const ToComponents& make, const TileLanes& til
   StoreChroma(make.limits, WholeParts(make.cr(red, green, blue)), to.cr + k);
 }
 
+/// The matrix is an argument, though there is but one: of weights that it knows the compiler would
+/// make shifts and sums, which take longer than multiplications.
 template <int kRed>
-void TilesToYCbCr(const uint8_t* red, const uint8_t* blue, const YCbCrComponents& to, size_t tiles,
-                  size_t following) {
+void TilesToYCbCr(const YCbCrArithmetic& matrix, const uint8_t* red, const uint8_t* blue,
+                  const YCbCrComponents& to, size_t tiles, size_t following) {
   const D8 d;
   const size_t n = hn::Lanes(D16());
-  const ToComponents make(YCbCrArithmeticOf(YCbCrMatrix::Full));
+  const ToComponents make(matrix);
   size_t k = 0;
   for (; k + n < tiles + following; k += n) {
     TilesToComponents(make, LoadTiles<kRed>(red + 2 * k, blue + 2 * k), to, k);
@@ -400,16 +402,16 @@ void TilesToYCbCr(const uint8_t* red, const uint8_t* blue, const YCbCrComponents
   }
   RestOfLine rest;
   const bool hasChroma = to.cb != nullptr;
-  TilesToYCbCr<kRed>(padded[0], padded[1], rest.Components(hasChroma), n, 1);
+  TilesToYCbCr<kRed>(matrix, padded[0], padded[1], rest.Components(hasChroma), n, 1);
   rest.CopyTo({to.luma + 2 * k, to.cb + (hasChroma ? k : 0), to.cr + (hasChroma ? k : 0)}, 2 * left,
               hasChroma ? left : 0);
 }
 
-void TilesOfPhaseToYCbCr(const uint8_t* row, const uint8_t* nextRow, int phase,
-                         const YCbCrComponents& to, size_t tiles, size_t following) {
+void TilesOfPhaseToYCbCr(const YCbCrArithmetic& matrix, const uint8_t* row, const uint8_t* nextRow,
+                         int phase, const YCbCrComponents& to, size_t tiles, size_t following) {
   const Scalar::BayerRowPair<uint8_t> pair(row, nextRow, phase);
   const auto run = pair.redIsEven ? &TilesToYCbCr<0> : &TilesToYCbCr<1>;
-  run(pair.red, pair.blue, to, tiles, following);
+  run(matrix, pair.red, pair.blue, to, tiles, following);
 }
 
 /// Chrominance's part of the three colours for the pixels of a lane.
@@ -543,8 +545,8 @@ void ToYCbCrOfGroup(const YCbCrArithmetic& matrix, const YCbCrSource& source, co
   Scalar::PixelsToYCbCr(MatrixOf(matrix), source, pixels, group, to, count);
 }
 
-void TilesOfPhaseToYCbCr(const uint8_t* row, const uint8_t* nextRow, int phase,
-                         const YCbCrComponents& to, size_t tiles, size_t following) {
+void TilesOfPhaseToYCbCr(const YCbCrArithmetic&, const uint8_t* row, const uint8_t* nextRow,
+                         int phase, const YCbCrComponents& to, size_t tiles, size_t following) {
   Scalar::BayerTilesToYCbCr(row, nextRow, phase, to, tiles, following);
 }
 
@@ -582,7 +584,8 @@ void PixelsToYCbCr(YCbCrMatrix matrix, const YCbCrSource& source, const uint8_t*
 void BayerTilesToYCbCr(const uint8_t* row, const uint8_t* nextRow, int phase,
                        const YCbCrComponents& components, size_t tiles, size_t following) {
   if (!IsBayerPhase(phase) || tiles == 0) return;
-  HWY_DYNAMIC_DISPATCH(TilesOfPhaseToYCbCr)(row, nextRow, phase, components, tiles, following);
+  HWY_DYNAMIC_DISPATCH(TilesOfPhaseToYCbCr)
+  (YCbCrArithmeticOf(YCbCrMatrix::Full), row, nextRow, phase, components, tiles, following);
 }
 
 void PlanesToColor(YCbCrMatrix matrix, const YCbCrPlanes& planes, uint8_t* pixels, size_t step,
