@@ -13,6 +13,7 @@
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
 // After foreach_target.h.
+#include "QvApi_IP/Kernels/PairSums-inl.h"
 #include "QvApi_IP/Kernels/PolarizerSamples-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -129,12 +130,6 @@ class FractionVectors {
   WordVector m_high[2], m_low[2];
 };
 
-/// Two coefficients that alternate.
-HWY_INLINE hn::Vec<SignedWords> Alternating(int even, int odd) {
-  const SignedWords d;
-  return hn::OddEven(hn::Set(d, static_cast<int16_t>(odd)), hn::Set(d, static_cast<int16_t>(even)));
-}
-
 /// The polarizer in vectors.
 template <Fractions kFractions>
 class PolarizerVectors {
@@ -144,7 +139,7 @@ class PolarizerVectors {
     const Words d;
     m_maximum = hn::Set(SignedWords(), static_cast<int16_t>((1 << polarizer.depth) - 1));
     m_least = hn::Set(Integers(), polarizer.least);
-    m_most = hn::Set(Integers(), polarizer.most);
+    m_span = hn::Set(Integers(), polarizer.most - polarizer.least);
     int negatives = 0;
     std::array<int, 4> whole;
     for (size_t a = 0; a < 4; ++a) {
@@ -154,15 +149,14 @@ class PolarizerVectors {
       whole[a] = line.isNegative ? -line.whole : line.whole;
       negatives += line.isNegative;
     }
-    m_whole0And45 = Alternating(whole[0], whole[1]);
-    m_whole90And135 = Alternating(whole[2], whole[3]);
+    m_whole0And45 = SetPair(whole[0], whole[1]);
+    m_whole90And135 = SetPair(whole[2], whole[3]);
     m_negatives = hn::Set(d, static_cast<uint16_t>(negatives));
   }
 
   HWY_INLINE WordVector operator()(const AngleWords& words) const {
     const Words d;
-    auto lower = hn::Zero(Integers());
-    auto upper = hn::Zero(Integers());
+    auto lower = m_least, upper = m_least;
     AddProducts(words.i0, words.i45, m_whole0And45, lower, upper);
     AddProducts(words.i90, words.i135, m_whole90And135, lower, upper);
     if constexpr (kFractions != Fractions::None) {
@@ -172,12 +166,13 @@ class PolarizerVectors {
         const auto part = m_fractions[a].template Of<kFractions>(samples[a]);
         fractions = hn::Add(fractions, hn::Xor(m_sign[a], part));
       }
-      AddProducts(fractions, hn::Zero(d), Alternating(1, 0), lower, upper);
+      AddProducts(fractions, hn::Zero(d), SetPair(1, 0), lower, upper);
     }
-    if (m_isExact) return Quotients(lower, upper);
-    const auto seen = Quotients(hn::Add(lower, m_least), hn::Add(upper, m_least));
-    const auto other = Quotients(hn::Add(lower, m_most), hn::Add(upper, m_most));
-    const auto isUnsure = hn::Ne(seen, other);
+    const auto least = Quotients(lower, upper);
+    const auto seen = hn::BitCast(d, hn::Min(hn::Max(least, hn::Zero(SignedWords())), m_maximum));
+    if (m_isExact) return seen;
+    const auto most = Quotients(hn::Add(lower, m_span), hn::Add(upper, m_span));
+    const auto isUnsure = hn::RebindMask(d, hn::Ne(least, most));
     return HWY_LIKELY(hn::AllFalse(d, isUnsure)) ? seen : LookUp(seen, isUnsure, words);
   }
 
@@ -189,21 +184,13 @@ class PolarizerVectors {
                                      IntegerVector& upper) {
     const Words d;
     const SignedWords di;
-    const auto add = [&](WordVector pairs, IntegerVector& sum) HWY_ATTR {
-      auto other = hn::Zero(Integers());
-      const auto products = hn::ReorderWidenMulAccumulate(
-          Integers(), hn::BitCast(di, pairs), coefficients, hn::Zero(Integers()), other);
-      sum = hn::Add(sum, hn::RearrangeToOddPlusEven(products, other));
-    };
-    add(hn::InterleaveLower(d, first, second), lower);
-    add(hn::InterleaveUpper(d, first, second), upper);
+    lower = AddPairs(hn::BitCast(di, hn::InterleaveLower(d, first, second)), coefficients, lower);
+    upper = AddPairs(hn::BitCast(di, hn::InterleaveUpper(d, first, second)), coefficients, upper);
   }
 
-  HWY_INLINE WordVector Quotients(IntegerVector lower, IntegerVector upper) const {
-    const SignedWords di;
-    const auto quotients =
-        hn::ReorderDemote2To(di, hn::ShiftRight<14>(lower), hn::ShiftRight<14>(upper));
-    return hn::BitCast(Words(), hn::Min(hn::Max(quotients, hn::Zero(di)), m_maximum));
+  static HWY_INLINE hn::Vec<SignedWords> Quotients(IntegerVector lower, IntegerVector upper) {
+    return hn::ReorderDemote2To(SignedWords(), hn::ShiftRight<14>(lower),
+                                hn::ShiftRight<14>(upper));
   }
 
   /// The lanes of `mask` by the table.
@@ -230,7 +217,7 @@ class PolarizerVectors {
   const VirtualPolarizer& m_polarizer;
   const bool m_isExact;
   hn::Vec<SignedWords> m_maximum, m_whole0And45, m_whole90And135;
-  IntegerVector m_least, m_most;
+  IntegerVector m_least, m_span;
   FractionVectors m_fractions[4];
   WordVector m_sign[4], m_negatives;
 };

@@ -13,6 +13,7 @@
 #include "hwy/highway.h"
 
 #include "QvApi_IP/Kernels/Interleave-inl.h"
+#include "QvApi_IP/Kernels/PairSums-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace QvApi::Kernels {
@@ -29,34 +30,6 @@ using V16 = hn::Vec<D16>;
 using V32 = hn::Vec<D32>;
 
 HWY_INLINE V16 Set16(int value) { return hn::Set(D16(), static_cast<int16_t>(value)); }
-
-/// Two 16-bit factors for neighbouring lanes.
-HWY_INLINE V16 SetPair(int first, int second) {
-  const auto pair = static_cast<uint32_t>(static_cast<uint16_t>(first)) |
-                    static_cast<uint32_t>(static_cast<uint16_t>(second)) << 16;
-  return hn::BitCast(D16(), hn::Set(hn::ScalableTag<uint32_t>(), pair));
-}
-
-/// sum + a[2i] * b[2i] + a[2i + 1] * b[2i + 1]
-HWY_INLINE V32 AddPairs(V16 a, V16 b, V32 sum) {
-#if HWY_TARGET == HWY_AVX3_DL && HWY_COMPILER_GCC
-  // These machines have it in one instruction, which Highway's target does not tell the compiler.
-  asm("vpdpwssd %2, %1, %0" : "+v"(sum.raw) : "v"(a.raw), "v"(b.raw));
-  return sum;
-#elif HWY_ARCH_X86
-  const D32 d;
-  V32 none = hn::Zero(d);
-  return hn::ReorderWidenMulAccumulate(d, a, b, sum, none);
-#else
-  // Elsewhere pairs are not what widening multiplications sum up.
-  const D32 d;
-  const auto first = [d](V16 v) HWY_ATTR {
-    return hn::ShiftRight<16>(hn::ShiftLeft<16>(hn::BitCast(d, v)));
-  };
-  const auto second = [d](V16 v) HWY_ATTR { return hn::ShiftRight<16>(hn::BitCast(d, v)); };
-  return hn::Add(sum, hn::Add(hn::Mul(first(a), first(b)), hn::Mul(second(a), second(b))));
-#endif
-}
 
 /// Sums with their fraction: those of the lower and of the upper half of each block of lanes.
 struct Sums {
