@@ -2,8 +2,11 @@
 #include "QvSDKCommon/Path.h"
 
 #include <limits.h>
+#include <stdlib.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <array>
 #include <cstddef>
 #include <string>
 
@@ -35,4 +38,19 @@ void MakePath(const GenICam::gcstring& path, bool isFileName) {
     directory.resize(cut);
   }
   MakeDirectory(directory);
+}
+
+std::FILE* openTempFile(const char* name) {
+  const uid_t user = getuid();
+  const bool isOwnUser = user == geteuid() && static_cast<int>(user) >= 0;
+  const char* const directory = isOwnUser ? getenv("TMPDIR") : nullptr;
+  std::array<char, 255> path;
+  // A path that is cut has lost its pattern, which mkstemp refuses.
+  std::snprintf(path.data(), path.size(), "%s/%s.XXXXXX", directory ? directory : "/tmp", name);
+  const int file = mkstemp(path.data());
+  if (file < 0) return nullptr;
+  unlink(path.data());
+  std::FILE* const stream = fdopen(file, "wb");
+  if (!stream) close(file);
+  return stream;
 }

@@ -88,4 +88,19 @@ TEST_F(PathTest, PermissionsAreThoseOfTheUmask) {
   EXPECT_EQ(fs::status("a/b").permissions(), static_cast<fs::perms>(0775));
 }
 
+TEST_F(PathTest, TemporaryFileHasNoName) {
+  setenv("TMPDIR", m_directory.c_str(), 1);
+  std::FILE* const file = openTempFile("ini");
+  ASSERT_NE(file, nullptr);
+  EXPECT_GT(std::fprintf(file, "x"), 0);
+  EXPECT_EQ(Tree(), (std::set<std::string>{}));
+  EXPECT_TRUE(fs::read_symlink("/proc/self/fd/" + std::to_string(fileno(file)))
+                  .string()
+                  .starts_with((m_directory / "ini.").string()));
+  EXPECT_EQ(std::fclose(file), 0);
+  EXPECT_EQ(openTempFile("missing/ini"), nullptr);
+  EXPECT_EQ(openTempFile(std::string(250, 'n').c_str()), nullptr);
+  unsetenv("TMPDIR");
+}
+
 }  // namespace
