@@ -12,7 +12,7 @@
 
 namespace QvApi {
 
-/// The kinds of file for one image. This version writes and loads BMP and PNG.
+/// The kinds of file for one image. All are written; raw, BMP and PNG files are loaded too.
 enum EQvStillImageFileFormat_t : unsigned {
   QvStillImageFileFormat_Raw = 0,   ///< The library's own: any pixel format, byte for byte.
   QvStillImageFileFormat_BMP = 1,   ///< Windows bitmap.
@@ -32,7 +32,7 @@ class QVAPI_EXPORT IQvStillImageFiler : public virtual IQvFiler {
   virtual bool IsSaveSupported(EQvPixelFormatNamingConvention_t format,
                                EQvStillImageFileFormat_t fileFormat) const = 0;
   /// Files of `fileFormat` give back images of `format` as they were saved. Raw files alone do, and
-  /// this version has no loader for them; Load() takes other files too.
+  /// those of every format; Load() takes other files too.
   virtual bool IsLoadSupported(EQvPixelFormatNamingConvention_t format,
                                EQvStillImageFileFormat_t fileFormat) const = 0;
 
@@ -44,10 +44,10 @@ class QVAPI_EXPORT IQvStillImageFiler : public virtual IQvFiler {
   virtual void Save(IQvImage* pImage, EQvStillImageFileFormat_t fileFormat,
                     const GenICam::gcstring& fileName) const = 0;
 
-  /// Loads a file of a kind that its first bytes tell: BMP (`Mono8` with a grey palette, `Mono10`
-  /// to `Mono16`, `BGR8`, `BGRa8`, `CBGR10p32`) or PNG (`Mono8`, `RGB8`, `RGBa8`; 16 bits become
-  /// 8). The buffer is resized, and must be an IQvImageBufferInside, as the library's own are. A
-  /// file that is refused leaves it as it was.
+  /// Loads a file of a kind that its first bytes tell: raw (every format), BMP (`Mono8` with a grey
+  /// palette, `Mono10` to `Mono16`, `BGR8`, `BGRa8`, `CBGR10p32`) or PNG (`Mono8`, `RGB8`, `RGBa8`;
+  /// 16 bits become 8). The buffer is resized, and must be an IQvImageBufferInside, as the
+  /// library's own are. A file that is refused leaves it as it was.
   /// @throws GenICam::InvalidArgumentException  a null pointer
   /// @throws GenICam::RuntimeException  "File %s could not be opened.", "File %s is unreadable."
   /// @throws GenICam::BadAllocException  no memory

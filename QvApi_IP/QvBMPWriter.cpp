@@ -3,12 +3,12 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <optional>
 
+#include "QvApi_IP/BitmapInfoHeader.h"
 #include "QvApi_IP/QvImageLines.h"
 #include "QvApi_IP/QvInputFile.h"
 #include "QvApi_IP/QvOutputFile.h"
@@ -17,9 +17,7 @@
 namespace QvApi {
 namespace {
 
-static_assert(std::endian::native == std::endian::little);
-
-// The layout of the file, as Windows names its parts (BITMAPFILEHEADER, BITMAPINFOHEADER).
+// BITMAPFILEHEADER
 #pragma pack(push, 1)
 struct FileHeader {
   std::uint16_t type;
@@ -27,28 +25,17 @@ struct FileHeader {
   std::uint32_t reserved;
   std::uint32_t dataOffset;
 };
-struct InfoHeader {
-  std::uint32_t size;
-  std::int32_t width;
-  std::int32_t height;  ///< Positive: the last line comes first.
-  std::uint16_t planes;
-  std::uint16_t bitCount;
-  std::uint32_t compression;
-  std::uint32_t imageSize;
-  std::int32_t pixelsPerMeterX;
-  std::int32_t pixelsPerMeterY;
-  std::uint32_t colorsUsed;
-  std::uint32_t colorsImportant;
-};
 #pragma pack(pop)
-static_assert(sizeof(FileHeader) == 14 && sizeof(InfoHeader) == 40);
+static_assert(sizeof(FileHeader) == 14);
+
+using InfoHeader = BitmapInfoHeader;
 
 constexpr std::uint16_t kType = 0x4D42;  // "BM"
 constexpr std::uint32_t kRgb = 0;
 constexpr std::uint32_t kBitFields = 3;
-constexpr std::size_t kPaletteEntries = 256;
 
-using Palette = std::array<unsigned, kPaletteEntries>;
+using Palette = BitmapPalette;
+constexpr std::size_t kPaletteEntries = std::tuple_size_v<Palette>;
 using Masks = std::array<std::uint32_t, 3>;  // red, green, blue
 
 constexpr Masks Grey(unsigned depth) {

@@ -11,10 +11,15 @@
 #include "QvApi_IP/IQvPixelFormatConverter.h"
 #include "QvApi_IP/QvApi_IP.h"
 #include "QvApi_IP/QvBMPWriter.h"
+#include "QvApi_IP/QvCSVWriter.h"
 #include "QvApi_IP/QvImageLines.h"
 #include "QvApi_IP/QvInputFile.h"
+#include "QvApi_IP/QvJpegWriterUnix.h"
+#include "QvApi_IP/QvMemoryReport.h"
 #include "QvApi_IP/QvOutputFile.h"
 #include "QvApi_IP/QvPngWriter.h"
+#include "QvApi_IP/QvRawWriter.h"
+#include "QvApi_IP/QvTiffWriter.h"
 #include "QvSDKCommon/CQvAutoPtr.h"
 #include "QvSDKCommon/Path.h"
 #include "QvSDKCommon/QvAssert.h"
@@ -26,7 +31,10 @@ using namespace Families;
 namespace {
 
 constexpr EQvStillImageFileFormat_t kBMP = QvStillImageFileFormat_BMP;
+constexpr EQvStillImageFileFormat_t kJPEG = QvStillImageFileFormat_JPEG;
+constexpr EQvStillImageFileFormat_t kTIFF = QvStillImageFileFormat_TIFF;
 constexpr EQvStillImageFileFormat_t kPNG = QvStillImageFileFormat_PNG;
+constexpr EQvStillImageFileFormat_t kCSV = QvStillImageFileFormat_CSV;
 
 }  // namespace
 
@@ -34,6 +42,22 @@ const CQvStillImageWriter::Row CQvStillImageWriter::m_cConvArray[] = {
     {Mono8 + kMonoW + FormatList{BGR8, BGRa8, CBGR10p32}, kBMP, &CQvStillImageWriter::WriterBMP},
     {RGB8, kBMP, &CQvStillImageWriter::WriterBMP, BGR8},
     {RGBa8, kBMP, &CQvStillImageWriter::WriterBMP, BGRa8},
+
+    {{Mono8, BGR8, RGB8, YCbCr422_8}, kJPEG, &CQvStillImageWriter::WriterJPG},
+    {BGRa8, kJPEG, &CQvStillImageWriter::WriterJPG, BGR8},
+    {RGBa8, kJPEG, &CQvStillImageWriter::WriterJPG, RGB8},
+
+    {{Mono8, Mono16, RGB8, RGBa8, RGB8_Planar, RGB16_Planar, RGB16},
+     kTIFF,
+     &CQvStillImageWriter::WriterTIF},
+    {{Mono10, Mono12, Mono14}, kTIFF, &CQvStillImageWriter::WriterTIF, Mono16},
+    {{RGB10_Planar, RGB12_Planar}, kTIFF, &CQvStillImageWriter::WriterTIF, RGB16_Planar},
+    {BGR8, kTIFF, &CQvStillImageWriter::WriterTIF, RGB8},
+    {BGRa8, kTIFF, &CQvStillImageWriter::WriterTIF, RGBa8},
+    {{BGR10, BGR12, BGR14, BGR16, BGRa10, BGRa12, BGRa14, BGRa16},
+     kTIFF,
+     &CQvStillImageWriter::WriterTIF,
+     RGB16},
 
     {Mono8 + kMonoW + FormatList{BGR8, BGR10, BGR12, BGR14, BGR16, RGB8, RGB16}, kPNG,
      &CQvStillImageWriter::WriterPNG},
@@ -43,7 +67,13 @@ const CQvStillImageWriter::Row CQvStillImageWriter::m_cConvArray[] = {
     {BGRa14, kPNG, &CQvStillImageWriter::WriterPNG, BGR14},
     {BGRa16, kPNG, &CQvStillImageWriter::WriterPNG, BGR16},
     {RGBa8, kPNG, &CQvStillImageWriter::WriterPNG, RGB8},
+
+    {Mono8 + kMonoW + kMonoPacked + kBayer + kBGRx8 + kBGRxW + kBGRp + kP32 + kPlanar + kYUV + k420,
+     kCSV, &CQvStillImageWriter::WriterCsv},
 };
+
+const CQvStillImageWriter::WriterInfo CQvStillImageWriter::m_WriterInfoForRaw = {
+    &CQvStillImageWriter::WriterRaw, PixelFormat::None};
 
 const CQvStillImageWriter::WriterMap CQvStillImageWriter::m_mapWriters = MakeWriterMap();
 
@@ -73,6 +103,7 @@ CQvStillImageWriter::WriterMap CQvStillImageWriter::MakeWriterMap() {
 
 const CQvStillImageWriter::WriterInfo* CQvStillImageWriter::GetWriter(
     PixelFormat format, EQvStillImageFileFormat_t fileFormat) {
+  if (fileFormat == QvStillImageFileFormat_Raw) return &m_WriterInfoForRaw;
   const auto found = m_mapWriters.find({format, fileFormat});
   return found == m_mapWriters.end() ? nullptr : &found->second;
 }
@@ -82,48 +113,22 @@ bool CQvStillImageWriter::IsSaveSupported(PixelFormat format,
   return GetWriter(format, fileFormat) != nullptr;
 }
 
-// Only raw files give back what was saved, and those have no loader yet.
-bool CQvStillImageWriter::IsLoadSupported(PixelFormat, EQvStillImageFileFormat_t) const {
-  return false;
+// Narrower than Load(): only raw files give back whatever was saved.
+bool CQvStillImageWriter::IsLoadSupported(PixelFormat, EQvStillImageFileFormat_t fileFormat) const {
+  return fileFormat == QvStillImageFileFormat_Raw;
 }
-
-namespace {
-
-/// Refuses the kinds of file that this version has no writer for.
-void CheckFileFormat(EQvStillImageFileFormat_t fileFormat) {
-  switch (fileFormat) {
-    case QvStillImageFileFormat_Raw:
-    case QvStillImageFileFormat_JPEG:
-    case QvStillImageFileFormat_TIFF:
-    case QvStillImageFileFormat_CSV:
-      throw RUNTIME_EXCEPTION("This version cannot save still images of file format %u.",
-                              static_cast<unsigned>(fileFormat));
-    default:
-      return;
-  }
-}
-
-/// Runs `work` and reports a lack of memory in the system's own words.
-template <class Work>
-void WithMemoryReport(Work work) {
-  try {
-    work();
-  } catch (const std::bad_alloc& error) {
-    throw BAD_ALLOC_EXCEPTION("%s", error.what());
-  }
-}
-
-}  // namespace
 
 void CQvStillImageWriter::Save(IQvImage* pImage, EQvStillImageFileFormat_t fileFormat,
                                const GenICam::gcstring& fileName) const {
   QV_ASSERT(pImage);
-  CheckFileFormat(fileFormat);
   const PixelFormat format = pImage->GetImagePixelFormat();
   const WriterInfo* info = GetWriter(format, fileFormat);
   if (!info) ThrowNotSupported(format);
   if (info->destination != PixelFormat::None)
     return SaveConverted(*pImage, fileFormat, info->destination, fileName);
+  // A JPEG has no palette.
+  if (format == Mono8 && fileFormat == kJPEG && HasColorMap())
+    return SaveConverted(*pImage, fileFormat, BGR8, fileName);
 
   const auto* pIQvImageInside = dynamic_cast<IQvImageInside*>(pImage);
   QV_ASSERT((pIQvImageInside) != NULL);
@@ -131,6 +136,10 @@ void CQvStillImageWriter::Save(IQvImage* pImage, EQvStillImageFileFormat_t fileF
     MakePath(fileName, true);
     (this->*info->writer)(*pImage, fileName);
   });
+}
+
+bool CQvStillImageWriter::HasColorMap() const {
+  return m_colorMapType != QvColorMapType_Normal || m_colorMapInversion || m_colorMapPhase != 0;
 }
 
 void CQvStillImageWriter::SaveConverted(IQvImage& image, EQvStillImageFileFormat_t fileFormat,
@@ -143,6 +152,10 @@ void CQvStillImageWriter::SaveConverted(IQvImage& image, EQvStillImageFileFormat
   converted->CreateBuffer(image.GetImageWidth(), image.GetImageHeight(), destination,
                           QvMemoryInitialization_Zero);
   converter->SetDestinationPixelFormat(destination);
+  // Plays a part where Mono8 becomes colour.
+  converter->SetColorMapType(m_colorMapType);
+  converter->SetColorMapInversion(m_colorMapInversion);
+  converter->SetColorMapPhase(m_colorMapPhase);
   converter->Convert(&image, converted.Get());
   Save(converted->GetIQvImage(), fileFormat, fileName);
 }
@@ -158,16 +171,31 @@ void CQvStillImageWriter::WriterBMP(IQvImage& image, const GenICam::gcstring& fi
   WriterWithMap<WriteBMP>(image, fileName);
 }
 
+void CQvStillImageWriter::WriterTIF(IQvImage& image, const GenICam::gcstring& fileName) const {
+  WriterWithMap<WriteTiff>(image, fileName);
+}
+
 void CQvStillImageWriter::WriterPNG(IQvImage& image, const GenICam::gcstring& fileName) const {
   WriterWithMap<WritePng>(image, fileName);
 }
 
-namespace {
-
-[[noreturn]] void LoadRaw(IQvImageBuffer*, const GenICam::gcstring& fileName, std::FILE*) {
-  throw RUNTIME_EXCEPTION("File %s is a raw image, which this version cannot load.",
-                          fileName.c_str());
+void CQvStillImageWriter::WriterJPG(IQvImage& image, const GenICam::gcstring& fileName) const {
+  CQvOutputFile file(fileName);
+  WriteJPG(&image, fileName, file.File(), m_quality);
+  file.Commit();
 }
+
+void CQvStillImageWriter::WriterRaw(IQvImage& image, const GenICam::gcstring& fileName) const {
+  CQvOutputFile file(fileName);
+  WriteRaw(&image, fileName, file.File());
+  file.Commit();
+}
+
+void CQvStillImageWriter::WriterCsv(IQvImage& image, const GenICam::gcstring& fileName) const {
+  WriteCSV(&image, fileName);
+}
+
+namespace {
 
 using Loader = void (*)(IQvImageBuffer* buffer, const GenICam::gcstring& fileName, std::FILE* file);
 
@@ -178,7 +206,7 @@ struct LoaderRow {
 };
 
 constexpr LoaderRow kLoaders[] = {
-    {"QVRW", LoadRaw},
+    {pszRawHeader, LoadRaw},
     {"BM", LoadBMP},
     {"\x89PNG", LoadPng},
 };

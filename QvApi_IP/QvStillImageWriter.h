@@ -64,10 +64,12 @@ class CQvStillImageWriter final
 
   static const Row m_cConvArray[];
   static const WriterMap m_mapWriters;
+  static const WriterInfo m_WriterInfoForRaw;
   static WriterMap MakeWriterMap();
   /// Null if images of the format cannot be saved so.
   static const WriterInfo* GetWriter(PixelFormat format, EQvStillImageFileFormat_t fileFormat);
 
+  bool HasColorMap() const;
   void SaveConverted(IQvImage& image, EQvStillImageFileFormat_t fileFormat, PixelFormat destination,
                      const GenICam::gcstring& fileName) const;
 
@@ -77,7 +79,11 @@ class CQvStillImageWriter final
   template <MapWriter write>
   void WriterWithMap(IQvImage& image, const GenICam::gcstring& fileName) const;
   void WriterBMP(IQvImage& image, const GenICam::gcstring& fileName) const;
+  void WriterTIF(IQvImage& image, const GenICam::gcstring& fileName) const;
   void WriterPNG(IQvImage& image, const GenICam::gcstring& fileName) const;
+  void WriterRaw(IQvImage& image, const GenICam::gcstring& fileName) const;
+  void WriterCsv(IQvImage& image, const GenICam::gcstring& fileName) const;
+  void WriterJPG(IQvImage& image, const GenICam::gcstring& fileName) const;
 
   Setting<unsigned int> m_quality{kQuality, 75};
   Setting<EQvColorMapType_t> m_colorMapType{ColorMapSettings::kType, QvColorMapType_Normal};

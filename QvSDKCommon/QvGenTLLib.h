@@ -4,7 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// As much of the GenTL interface (GenICam GenTL standard 1.5, EMVA) as error reports need.
+/// As much of the GenTL interface (GenICam GenTL standard 1.5, EMVA) as is needed to read a
+/// device's document and to report errors.
 namespace GenTL {
 
 using GC_ERROR = std::int32_t;
@@ -38,9 +39,19 @@ enum GC_ERROR_LIST : std::int32_t {
   GC_ERR_CUSTOM_ID = -10000,
 };
 
+/// A module that has registers.
+using PORT_HANDLE = void*;
+
 /// Tells the last error of the calling thread. With a null `text` it stores the size of the text in
 /// `*size`.
 using PGCGetLastError = GC_ERROR (*)(GC_ERROR* error, char* text, std::size_t* size);
+
+/// Tells where the document of a module is, with its ending zero. With a null `url` it stores the
+/// size of the text in `*size`.
+using PGCGetPortURL = GC_ERROR (*)(PORT_HANDLE port, char* url, std::size_t* size);
+/// Reads registers; `*size` becomes the number of bytes read.
+using PGCReadPort = GC_ERROR (*)(PORT_HANDLE port, std::uint64_t address, void* buffer,
+                                 std::size_t* size);
 
 }  // namespace GenTL
 
@@ -49,6 +60,8 @@ namespace QvApi {
 /// Functions of a GenTL producer; null for those that it does not have.
 struct CQvGenTLLib {
   GenTL::PGCGetLastError GCGetLastError = nullptr;
+  GenTL::PGCGetPortURL GCGetPortURL = nullptr;
+  GenTL::PGCReadPort GCReadPort = nullptr;
 };
 
 }  // namespace QvApi

@@ -24,9 +24,10 @@ enum ECacheUsage_t {
 /// Makes node maps from a document. Not thread-safe; the maps it makes are independent of it.
 class QVGENICAM_API CNodeMapFactory {
  public:
-  /// Copies the document. Zipped documents are not supported: InvalidArgumentException, as for a
-  /// null with a length. The text may end in zero bytes. With `suppressStringsOnLoad` tool tips
-  /// and descriptions are not kept.
+  /// Copies the document. The text may end in zero bytes. Zipped, it is the first file of a ZIP
+  /// archive whose name ends in ".xml", of at most 64 MiB; RuntimeException for any other archive.
+  /// InvalidArgumentException for a null with a length. With `suppressStringsOnLoad` tool tips and
+  /// descriptions are not kept.
   CNodeMapFactory(EContentType_t contentType, const void* data, std::size_t dataSize,
                   ECacheUsage_t cacheUsage = CacheUsage_Automatic,
                   bool suppressStringsOnLoad = false);
@@ -38,6 +39,10 @@ class QVGENICAM_API CNodeMapFactory {
   CNodeMapFactory& operator=(const CNodeMapFactory&) = delete;
   ~CNodeMapFactory();
 
+  /// A factory for maps of just the node of that name and those that it needs, directly or not.
+  /// Such a map throws PropertyException when it is made if the document has no node of that name.
+  CNodeMapFactory ExtractSubtree(const GenICam::gcstring& rootName) const;
+
   /// A new node map, which the caller owns and deletes, or gives to a CNodeMapRef. With
   /// `releaseDocument` the factory drops the document and can make no further map
   /// (LogicalErrorException). A document that is not sound throws RuntimeException (no XML) or
@@ -46,7 +51,10 @@ class QVGENICAM_API CNodeMapFactory {
                           bool releaseDocument = true);
 
  private:
+  CNodeMapFactory(const CNodeMapFactory& whole, const GenICam::gcstring& rootName);
+
   std::string m_document;
+  std::string m_rootName;  ///< Of a subtree; empty for all nodes.
   bool m_hasDocument = true;
   bool m_suppressStrings;
 };

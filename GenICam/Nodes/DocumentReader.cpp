@@ -7,6 +7,7 @@
 #include <array>
 #include <charconv>
 #include <cstring>
+#include <iterator>
 #include <new>
 #include <pugixml.hpp>
 #include <unordered_map>
@@ -65,14 +66,71 @@ DeviceInfo ReadInfo(pugi::xml_node root) {
   };
 }
 
+/// The elements of all nodes. Groups only sort a document for its reader; they may lie in each
+/// other to any depth.
+std::vector<pugi::xml_node> NodesOf(pugi::xml_node root) {
+  std::vector<pugi::xml_node> nodes;
+  std::vector<pugi::xml_node> waiting = ElementsOf(root);
+  std::ranges::reverse(waiting);
+  while (!waiting.empty()) {
+    const pugi::xml_node element = waiting.back();
+    waiting.pop_back();
+    if (std::strcmp(element.name(), "Group") != 0) {
+      nodes.push_back(element);
+      continue;
+    }
+    auto members = ElementsOf(element);
+    waiting.insert(waiting.end(), members.rbegin(), members.rend());
+  }
+  return nodes;
+}
+
+/// Calls `function` with the name of each node that an element refers to: the standard has a "p" in
+/// front of the names of all such elements.
+template <typename Function>
+void ForEachReference(pugi::xml_node element, Function function) {
+  std::vector<pugi::xml_node> waiting = ElementsOf(element);
+  while (!waiting.empty()) {
+    const pugi::xml_node child = waiting.back();
+    waiting.pop_back();
+    if (child.name()[0] == 'p') function(TextOf(child));
+    auto inner = ElementsOf(child);
+    waiting.insert(waiting.end(), inner.begin(), inner.end());
+  }
+}
+
+/// Of the elements those of a node and of all that it needs, in the same order.
+std::vector<pugi::xml_node> SubtreeOf(const std::vector<pugi::xml_node>& nodes,
+                                      const std::string& rootName) {
+  std::unordered_map<std::string, pugi::xml_node> unused;
+  for (const pugi::xml_node node : nodes) unused.emplace(node.attribute("Name").value(), node);
+  if (!unused.contains(rootName))
+    throw PROPERTY_EXCEPTION("Document: there is no node '%s'", rootName.c_str());
+  std::vector<pugi::xml_node> waiting;
+  const auto use = [&](const std::string& name) {
+    if (auto found = unused.extract(name)) waiting.push_back(found.mapped());
+  };
+  use(rootName);
+  while (!waiting.empty()) {
+    const pugi::xml_node node = waiting.back();
+    waiting.pop_back();
+    ForEachReference(node, use);
+  }
+  std::vector<pugi::xml_node> used;
+  std::ranges::copy_if(nodes, std::back_inserter(used), [&](pugi::xml_node node) {
+    return !unused.contains(node.attribute("Name").value());
+  });
+  return used;
+}
+
 /// One document on its way into a map.
 class CBuilder {
  public:
   CBuilder(CNodeMap& nodeMap, bool suppressStrings)
       : m_nodeMap(nodeMap), m_suppressStrings(suppressStrings) {}
 
-  void Build(pugi::xml_node root) {
-    MakeNodes(root);
+  void Build(const std::vector<pugi::xml_node>& nodes) {
+    for (const pugi::xml_node element : nodes) MakeNode(element);
     for (const Made& made : m_made) ReadElements(made);
     m_nodeMap.Finish();
   }
@@ -83,22 +141,6 @@ class CBuilder {
     pugi::xml_node element;
     const ElementRow* (*findElement)(std::string_view);
   };
-
-  void MakeNodes(pugi::xml_node root) {
-    // Groups only sort a document for its reader. They may lie in each other to any depth.
-    std::vector<pugi::xml_node> waiting = ElementsOf(root);
-    std::ranges::reverse(waiting);
-    while (!waiting.empty()) {
-      const pugi::xml_node element = waiting.back();
-      waiting.pop_back();
-      if (std::strcmp(element.name(), "Group") != 0) {
-        MakeNode(element);
-        continue;
-      }
-      auto members = ElementsOf(element);
-      waiting.insert(waiting.end(), members.rbegin(), members.rend());
-    }
-  }
 
   void MakeNode(pugi::xml_node element) {
     const std::string name = element.attribute("Name").value();
@@ -177,7 +219,8 @@ class CBuilder {
   std::unordered_map<const void*, CNode*> m_nested;
 };
 
-void ReadDocument(CNodeMap& nodeMap, bool suppressStrings, std::string_view document) {
+void ReadDocument(CNodeMap& nodeMap, bool suppressStrings, std::string_view document,
+                  const std::string& rootName) {
   // A text that comes as a C string may bring its end along.
   while (document.ends_with('\0')) document.remove_suffix(1);
   pugi::xml_document xml;
@@ -189,14 +232,15 @@ void ReadDocument(CNodeMap& nodeMap, bool suppressStrings, std::string_view docu
   if (std::strcmp(root.name(), "RegisterDescription") != 0)
     throw PROPERTY_EXCEPTION("The document is no RegisterDescription but '%.100s'", root.name());
   nodeMap.SetInfo(ReadInfo(root));
-  CBuilder(nodeMap, suppressStrings).Build(root);
+  const std::vector<pugi::xml_node> nodes = NodesOf(root);
+  CBuilder(nodeMap, suppressStrings).Build(rootName.empty() ? nodes : SubtreeOf(nodes, rootName));
 }
 
 }  // namespace
 
-void CDocumentReader::Read(const std::string& document) {
+void CDocumentReader::Read(const std::string& document, const std::string& rootName) {
   try {
-    ReadDocument(m_nodeMap, m_suppressStrings, document);
+    ReadDocument(m_nodeMap, m_suppressStrings, document, rootName);
   } catch (const std::bad_alloc& error) {
     throw BAD_ALLOC_EXCEPTION("%s", error.what());
   }

@@ -15,9 +15,10 @@ class CDocumentReader {
   CDocumentReader(CNodeMap& nodeMap, bool suppressStrings)
       : m_nodeMap(nodeMap), m_suppressStrings(suppressStrings) {}
 
+  /// Takes all nodes, or if there is a name only that node and those that it needs.
   /// RuntimeException if the text is no XML, PropertyException with the name of the node if the
   /// document is wrong, BadAllocException. The map is of no use then.
-  void Read(const std::string& document);
+  void Read(const std::string& document, const std::string& rootName = {});
 
  private:
   CNodeMap& m_nodeMap;

@@ -352,39 +352,10 @@ TEST(LoadBMP, EndsOrdinarilyWhateverByteIsDamaged) {
   }
 }
 
-/// A file of which only the first `readable` bytes can be read, though it says that it has more.
-struct BrokenFile {
-  const FileBytes& bytes;
-  std::size_t readable;
-  std::size_t position = 0;
-
-  static ssize_t Read(void* cookie, char* to, std::size_t size) {
-    auto& self = *static_cast<BrokenFile*>(cookie);
-    if (self.position >= self.readable) return -1;
-    size = std::min(size, self.readable - self.position);
-    std::memcpy(to, self.bytes.data() + self.position, size);
-    self.position += size;
-    return static_cast<ssize_t>(size);
-  }
-  static int Seek(void* cookie, off64_t* offset, int whence) {
-    auto& self = *static_cast<BrokenFile*>(cookie);
-    const std::size_t base = whence == SEEK_SET   ? 0
-                             : whence == SEEK_CUR ? self.position
-                                                  : self.bytes.size();
-    self.position = base + static_cast<std::size_t>(*offset);
-    *offset = static_cast<off64_t>(self.position);
-    return 0;
-  }
-};
-
 TEST(LoadBMP, LeavesABlackImageIfReadingFailsHalfway) {
   const FileBytes good = GoodFile(kKinds[5]);
   BrokenFile broken{good, good.size() - 12};
-  const Stream stream(
-      ::fopencookie(
-          &broken, "rb",
-          {.read = BrokenFile::Read, .write = nullptr, .seek = BrokenFile::Seek, .close = nullptr}),
-      &std::fclose);
+  const Stream stream = broken.Open();
   Buffer buffer = MakeBuffer();
   EXPECT_EQ(MessageOf<RuntimeException>([&] { LoadBMP(buffer.Get(), "x.bmp", stream.get()); }),
             "File x.bmp is unreadable.");

@@ -6,10 +6,12 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -78,6 +80,36 @@ inline Stream OpenStream(const std::string& name, const char* mode) {
 inline Stream OpenBytes(const FileBytes& bytes) {
   return {::fmemopen(const_cast<std::uint8_t*>(bytes.data()), bytes.size(), "rb"), &std::fclose};
 }
+
+/// A file of which only the first `readable` bytes can be read, though it says that it has more.
+struct BrokenFile {
+  const FileBytes& bytes;
+  std::size_t readable;
+  std::size_t position = 0;
+
+  static ssize_t Read(void* cookie, char* to, std::size_t size) {
+    auto& self = *static_cast<BrokenFile*>(cookie);
+    if (self.position >= self.readable) return -1;
+    size = std::min(size, self.readable - self.position);
+    std::memcpy(to, self.bytes.data() + self.position, size);
+    self.position += size;
+    return static_cast<ssize_t>(size);
+  }
+  static int Seek(void* cookie, off64_t* offset, int whence) {
+    auto& self = *static_cast<BrokenFile*>(cookie);
+    const std::size_t base = whence == SEEK_SET   ? 0
+                             : whence == SEEK_CUR ? self.position
+                                                  : self.bytes.size();
+    self.position = base + static_cast<std::size_t>(*offset);
+    *offset = static_cast<off64_t>(self.position);
+    return 0;
+  }
+  Stream Open() {
+    return {
+        ::fopencookie(this, "rb", {.read = Read, .write = nullptr, .seek = Seek, .close = nullptr}),
+        &std::fclose};
+  }
+};
 
 template <class T>
 void Append(FileBytes& bytes, T value) {
