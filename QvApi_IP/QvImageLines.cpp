@@ -22,7 +22,7 @@ bool HasAlignedSamples(const IQvImage& image) {
   const std::size_t bits = FormatInfo(image.GetImagePixelFormat()).GetEachComponentTotalBitCount();
   const auto address = reinterpret_cast<std::uintptr_t>(image.GetImageBuffer());
   const auto steps = image.GetImageLinePitch() | image.GetImagePlanePitch();
-  return bits != 16 || address == 0 || (address | steps) % 2 == 0;
+  return bits % 16 != 0 || address == 0 || (address | steps) % (bits / 8) == 0;
 }
 
 ImageLines::ImageLines(const IQvImage& image, bool upward)

@@ -16,7 +16,8 @@ namespace QvApi {
 /// The information of a format that is known to exist.
 const IQvPixelFormatInfoInside& FormatInfo(PixelFormat format);
 
-/// Each sample of 16 bits stands at an even address. True of an image without memory.
+/// Each sample of 16 or 32 bits stands at an address that its size divides. True of an image
+/// without memory.
 bool HasAlignedSamples(const IQvImage& image);
 
 /// Where the pixels of an image are: what a handler reads once, before it walks the lines.

@@ -30,7 +30,7 @@ template <class Module>
 struct Register {
   std::int64_t address;
   std::int64_t size;
-  void (*read)(const Module& module, unsigned char* bytes);
+  void (*read)(const Module& module, unsigned char* bytes) = nullptr;   ///< Null: write-only.
   void (*write)(Module& module, const unsigned char* bytes) = nullptr;  ///< Null: read-only.
   unsigned rules = kPlain;
 };
@@ -158,7 +158,7 @@ template <class Module>
 bool Read(std::span<const Register<Module>> table, const Module& module, unsigned char* buffer,
           std::int64_t address, std::int64_t* length) {
   for (const Register<Module>& row : table) {
-    if (row.address != address) continue;
+    if (row.address != address || !row.read) continue;
     if ((row.rules & kFullRead) != 0) CheckLength(*length, row.size);
     std::array<unsigned char, 8> bytes{};
     row.read(module, bytes.data());

@@ -89,18 +89,7 @@ class Setting {
     return isReplaced;
   }
 
-  /// How often the value has changed. What is made from a setting and must not outlive any change,
-  /// not even one that was taken back, is kept with this count; read it before the value.
-  std::uint32_t Changes() const { return m_changes.load(std::memory_order_acquire); }
-
-  const char* Node() const { return m_info.node; }
-
- private:
-  bool Count(bool isChange) {
-    if (isChange) m_changes.fetch_add(1, std::memory_order_release);
-    return isChange;
-  }
-
+  /// @throws GenICam::OutOfRangeException  the value is out of range
   void Check(T value) const {
     switch (m_info.words) {
       case RangeWords::None:
@@ -114,6 +103,18 @@ class Setting {
                           static_cast<std::int64_t>(m_info.minimum),
                           static_cast<std::int64_t>(m_info.maximum), m_info.words);
     }
+  }
+
+  /// How often the value has changed. What is made from a setting and must not outlive any change,
+  /// not even one that was taken back, is kept with this count; read it before the value.
+  std::uint32_t Changes() const { return m_changes.load(std::memory_order_acquire); }
+
+  const char* Node() const { return m_info.node; }
+
+ private:
+  bool Count(bool isChange) {
+    if (isChange) m_changes.fetch_add(1, std::memory_order_release);
+    return isChange;
   }
 
   const SettingInfo<T>& m_info;

@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cstring>
-#include <new>
 #include <string_view>
 
 #include "QvApi_IP/IQvPixelFormatConverter.h"

@@ -39,6 +39,11 @@ constexpr EQvPixelComponent_t ComponentCode(Channel channel, std::size_t bits,
              : EQvPixelComponent_t::Unknown;
 }
 
+/// The channel of a component, which must not be Unknown.
+constexpr Channel ChannelOf(EQvPixelComponent_t component) {
+  return static_cast<Channel>(static_cast<std::uint32_t>(component) >> 24);
+}
+
 /// Colour of the site in the top left of a mosaic of this phase. Gr is the green of the lines that
 /// hold red.
 constexpr Channel SiteChannel(BayerPhase phase) {

@@ -55,7 +55,6 @@ class Deadline {
 
 /// One wait for several events. Its mutex is taken inside those of the events, never around them.
 struct _SQvMultiEventsWaiter {
- public:
   _SQvMultiEventsWaiter(unsigned int count, void* const* objects, bool isWaitAll)
       : flags(count, false, pool),
         waitAll(isWaitAll),

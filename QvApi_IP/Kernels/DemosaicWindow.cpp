@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <vector>
 
 #include "QvApi_IP/Kernels/DemosaicFamilies.h"
 #include "QvApi_IP/Kernels/DemosaicScalar.h"
@@ -54,16 +54,16 @@ class RowWindows {
     ptrdiff_t first;
     ptrdiff_t count;
     /// Copies with continued margins; null where the source itself will do.
-    const std::vector<T>* edges;
+    const T* edges;
   };
 
+  RowWindows(const RowWindows&) = delete;
+  RowWindows& operator=(const RowWindows&) = delete;
   explicit RowWindows(const MosaicLayout<T>& mosaic)
       : m_mosaic(mosaic),
         m_lanes(static_cast<ptrdiff_t>(hn::Lanes(Tag<T>()))),
         m_rightStart(RightStart(mosaic.Width(), m_lanes)),
         m_pitch(3 * m_lanes + 4 * kMargin),
-        m_left(static_cast<size_t>(kRows * m_pitch)),
-        m_right(static_cast<size_t>(kRows * m_pitch)),
         m_parts(MakeParts()) {
     for (ptrdiff_t y = 0; y < 2; ++y) Read(y);
   }
@@ -79,7 +79,7 @@ class RowWindows {
 
   RowWindow<T> Window(const WindowPart& part) const {
     const auto rowAt = [&](ptrdiff_t y) {
-      return part.edges ? part.edges->data() + Offset(y) : m_mosaic.Source(y) + part.first;
+      return part.edges ? part.edges + Offset(y) : m_mosaic.Source(y) + part.first;
     };
     return {rowAt(m_y - 1),           rowAt(m_y),  rowAt(m_y + 1), rowAt(m_y + 2),
             m_mosaic.SiteParity(m_y), m_y % 2 == 0};
@@ -87,11 +87,14 @@ class RowWindows {
 
  private:
   static constexpr ptrdiff_t kRows = 4;
+  static constexpr size_t kMaxPitch = 3 * hn::MaxLanes(Tag<T>()) + 4 * kMargin;
+  using Edges = std::array<T, kRows * kMaxPitch>;
 
   std::array<WindowPart, 3> MakeParts() const {
     const ptrdiff_t leftEnd = std::min(m_lanes, m_rightStart);
-    return {WindowPart{0, leftEnd, &m_left}, WindowPart{leftEnd, m_rightStart - leftEnd, nullptr},
-            WindowPart{m_rightStart, m_mosaic.Width() - m_rightStart, &m_right}};
+    return {WindowPart{0, leftEnd, m_left.data()},
+            WindowPart{leftEnd, m_rightStart - leftEnd, nullptr},
+            WindowPart{m_rightStart, m_mosaic.Width() - m_rightStart, m_right.data()}};
   }
 
   /// Narrow images lie in the right window as a whole.
@@ -125,8 +128,8 @@ class RowWindows {
   const ptrdiff_t m_lanes;
   const ptrdiff_t m_rightStart;
   const ptrdiff_t m_pitch;
-  std::vector<T> m_left;
-  std::vector<T> m_right;
+  Edges m_left{};
+  Edges m_right{};
   const std::array<WindowPart, 3> m_parts;
   ptrdiff_t m_y = 0;
 };

@@ -104,12 +104,24 @@ void AddLine(const T* samples, size_t count, CycleSums& sums) {
   }
 }
 
+uint64_t SumLine(const uint8_t* samples, size_t count) {
+  const hn::ScalableTag<uint8_t> d;
+  const hn::Repartition<uint64_t, decltype(d)> wide;
+  auto sums = hn::Zero(wide);
+  size_t i = 0;
+  for (; i + hn::Lanes(d) <= count; i += hn::Lanes(d))
+    sums = hn::Add(sums, hn::SumsOf8(hn::LoadU(d, samples + i)));
+  return hn::GetLane(hn::SumOfLanes(wide, sums)) + Scalar::SumBytes(samples + i, count - i);
+}
+
 #else
 
 template <class T>
 void AddLine(const T* samples, size_t count, CycleSums& sums) {
   Scalar::AddToCycle(samples, count, sums);
 }
+
+uint64_t SumLine(const uint8_t* samples, size_t count) { return Scalar::SumBytes(samples, count); }
 
 #endif
 
@@ -129,6 +141,7 @@ namespace QvApi::Kernels {
 
 HWY_EXPORT(AddBytes);
 HWY_EXPORT(AddWords);
+HWY_EXPORT(SumLine);
 
 void AddToCycle(const uint8_t* samples, size_t count, CycleSums& sums) {
   HWY_DYNAMIC_DISPATCH(AddBytes)(samples, count, sums);
@@ -136,6 +149,10 @@ void AddToCycle(const uint8_t* samples, size_t count, CycleSums& sums) {
 
 void AddToCycle(const uint16_t* samples, size_t count, CycleSums& sums) {
   HWY_DYNAMIC_DISPATCH(AddWords)(samples, count, sums);
+}
+
+uint64_t SumBytes(const uint8_t* samples, size_t count) {
+  return HWY_DYNAMIC_DISPATCH(SumLine)(samples, count);
 }
 
 }  // namespace QvApi::Kernels

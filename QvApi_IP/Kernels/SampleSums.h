@@ -20,4 +20,7 @@ using CycleSums = std::array<uint64_t, kSumCycle>;
 void AddToCycle(const uint8_t* samples, size_t count, CycleSums& sums);
 void AddToCycle(const uint16_t* samples, size_t count, CycleSums& sums);
 
+/// The sum of all bytes of a line. Exact.
+uint64_t SumBytes(const uint8_t* samples, size_t count);
+
 }  // namespace QvApi::Kernels

@@ -66,21 +66,15 @@ TEST(EventObjectTest, WaitsGiveTheLowestSignalledAndClearWhatResetsItself) {
   }
 }
 
-TEST(EventObjectTest, SameEventTwiceAndWithoutEnd) {
+TEST(EventObjectTest, OddLists) {
   Events events("M+");
-  events.m_pointers.push_back(events.m_pointers[0]);
-  EXPECT_EQ(events.Wait(true, kWaitForever), 0u);
-  Events last("A-A+");
-  EXPECT_EQ(last.Wait(false, kWaitForever), 1u);
-  EXPECT_EQ(WaitForSingleObject(events.m_pointers[0], kWaitForever), 0u);
-}
-
-TEST(EventObjectTest, NothingToWaitForFails) {
-  Events events("M+");
-  events.m_pointers.push_back(nullptr);
+  void* const single = events.m_pointers[0];
   EXPECT_EQ(WaitForSingleObject(nullptr, 0), kWaitFailed);
   EXPECT_EQ(WaitForMultipleObjects(0, events.m_pointers.data(), false, 0), kWaitFailed);
   EXPECT_EQ(WaitForMultipleObjects(1, nullptr, false, kWaitForever), kWaitFailed);
+  events.m_pointers = {single, single};
+  EXPECT_EQ(events.Wait(true, kWaitForever), 0u);
+  events.m_pointers = {single, nullptr};
   EXPECT_EQ(events.Wait(false, kWaitForever), kWaitFailed);
 }
 

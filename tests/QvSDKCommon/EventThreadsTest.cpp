@@ -20,59 +20,22 @@ constexpr int kRounds = 4000;
 
 CEventObject Make(bool manualReset) { return {nullptr, manualReset, false, nullptr}; }
 
-/// Each signal of an automatic-reset event lets one thread through, however threads wait for it.
-TEST(EventThreadsTest, EachSignalIsTakenOnce) {
-  CEventObject work = Make(false), done = Make(false), stop = Make(true);
-  void* const workOrStop[]{&stop, &work};
+/// What `give()` signals in each round must be taken once, whichever of the threads does.
+void ExpectTakenOnce(const std::vector<std::function<bool()>>& waits, CEventObject& done,
+                     const std::function<void()>& give) {
   std::atomic<int> taken{0};
-  const std::function<unsigned int()> waits[]{
-      [&] { return WaitForMultipleObjects(2, workOrStop, false, kWaitForever); },
-      [&] { return WaitForMultipleObjects(2, workOrStop, false, 1); },
-      [&] { return WaitForMultipleObjects(2, workOrStop, false, 0); },
-      [&] { return WaitForSingleObject(&work, 1) == 0 ? 1u : WaitForSingleObject(&stop, 0); }};
+  std::atomic<bool> isOver{false};
   std::vector<std::jthread> threads;
   for (const auto& wait : waits) {
     threads.emplace_back([&] {
-      for (unsigned int result; (result = wait()) != 0;) {
-        if (result != 1) continue;
-        ++taken;
-        done.SetEvent();
-      }
-    });
-  }
-  for (int i = 0; i < kRounds; ++i) {
-    work.SetEvent();
-    ASSERT_EQ(WaitForSingleObject(&done, kWaitForever), 0u);
-  }
-  stop.SetEvent();
-  threads.clear();
-  EXPECT_EQ(taken, kRounds);
-}
-
-/// Waits for all that meet others for the same events, one of them a thief that brings back.
-TEST(EventThreadsTest, WaitsForAllTakeAllOrNothing) {
-  CEventObject first = Make(false), second = Make(false), done = Make(false);
-  void* const events[]{&first, &second, &first};
-  std::atomic<int> taken{0};
-  std::atomic<bool> isOver{false};
-  const auto give = [&] {
-    second.SetEvent();
-    first.SetEvent();
-  };
-  std::vector<std::jthread> threads;
-  for (int t = 0; t < 3; ++t) {
-    threads.emplace_back([&, order = events + t % 2] {
-      while (WaitForMultipleObjects(2, order, true, kWaitForever) == 0 && !isOver) {
+      while (!isOver) {
+        if (!wait() || isOver) continue;
         ++taken;
         done.SetEvent();
       }
       give();  // Lets out the next.
     });
   }
-  threads.emplace_back([&] {
-    while (!isOver)
-      if (WaitForSingleObject(&second, 1) == 0) second.SetEvent();
-  });
   for (int i = 0; i < kRounds; ++i) {
     give();
     ASSERT_EQ(WaitForSingleObject(&done, kWaitForever), 0u);
@@ -82,30 +45,55 @@ TEST(EventThreadsTest, WaitsForAllTakeAllOrNothing) {
   give();
 }
 
+TEST(EventThreadsTest, EachSignalIsTakenOnce) {
+  CEventObject work = Make(false), done = Make(false), never = Make(true);
+  void* const events[]{&never, &work};
+  ExpectTakenOnce({[&] { return WaitForMultipleObjects(2, events, false, kWaitForever) == 1; },
+                   [&] { return WaitForMultipleObjects(2, events, false, 1) == 1; },
+                   [&] { return WaitForMultipleObjects(2, events, false, 0) == 1; },
+                   [&] { return WaitForSingleObject(&work, kWaitForever) == 0; },
+                   [&] { return WaitForSingleObject(&work, 1) == 0; }},
+                  done, [&] { work.SetEvent(); });
+}
+
+/// The waits meet each other, and a thief that brings back.
+TEST(EventThreadsTest, WaitsForAllTakeAllOrNothing) {
+  CEventObject first = Make(false), second = Make(false), done = Make(false);
+  void* const events[]{&first, &second, &first};
+  const auto takeAll = [](void* const* from) {
+    return WaitForMultipleObjects(2, from, true, kWaitForever) == 0;
+  };
+  ExpectTakenOnce({[&] { return takeAll(events); }, [&] { return takeAll(events + 1); },
+                   [&] { return takeAll(events); },
+                   [&] {
+                     if (WaitForSingleObject(&second, 1) == 0) second.SetEvent();
+                     return false;
+                   }},
+                  done, [&] {
+                    second.SetEvent();
+                    first.SetEvent();
+                  });
+}
+
 TEST(EventThreadsTest, ManualResetLetsEverybodyThrough) {
-  constexpr int kThreads = 4;
   CEventObject gate = Make(true), never = Make(true);
   void* const events[]{&never, &gate};
-  std::barrier round(kThreads + 1);
-  std::vector<std::jthread> threads;
-  for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([&, isSingle = t % 2 == 0] {
-      for (int i = 0; i < kRounds / 4; ++i) {
-        if (isSingle)
-          EXPECT_EQ(WaitForSingleObject(&gate, kWaitForever), 0u);
-        else
-          EXPECT_EQ(WaitForMultipleObjects(2, events, false, kWaitForever), 1u);
-        round.arrive_and_wait();
-        round.arrive_and_wait();
-      }
-    });
-  }
-  for (int i = 0; i < kRounds / 4; ++i) {
-    gate.SetEvent();
-    round.arrive_and_wait();
-    gate.ResetEvent();
-    round.arrive_and_wait();
-  }
+  std::barrier round(4);
+  const auto repeat = [&](auto action, auto then) {
+    for (int i = 0; i < kRounds / 4; ++i) {
+      action();
+      round.arrive_and_wait();
+      then();
+      round.arrive_and_wait();
+    }
+  };
+  const auto single = [&] { EXPECT_EQ(WaitForSingleObject(&gate, kWaitForever), 0u); };
+  const auto any = [&] { EXPECT_EQ(WaitForMultipleObjects(2, events, false, kWaitForever), 1u); };
+  const auto nothing = [] {};
+  const std::jthread threads[]{std::jthread([&] { repeat(single, nothing); }),
+                               std::jthread([&] { repeat(single, nothing); }),
+                               std::jthread([&] { repeat(any, nothing); })};
+  repeat([&] { gate.SetEvent(); }, [&] { gate.ResetEvent(); });
 }
 
 TEST(GateThreadsTest, CountStaysBetweenZeroAndMaximum) {
