@@ -4,25 +4,29 @@
 #include <Base/GCException.h>
 
 #include <iterator>
-#include <new>
 
 #include "QvApi_IP/QvBalanceRatioFilter.h"
 #include "QvApi_IP/QvChromaSuppressionFilter.h"
 #include "QvApi_IP/QvColorTransformationFilter.h"
+#include "QvApi_IP/QvDefectivePixelDetectionFilter.h"
 #include "QvApi_IP/QvEdgeEnhancementFilter.h"
 #include "QvApi_IP/QvFlatFieldCorrectionFilter.h"
 #include "QvApi_IP/QvGammaCorrectionFilter.h"
+#include "QvApi_IP/QvGraphDataBufferList.h"
+#include "QvApi_IP/QvGraphDataFilter.h"
+#include "QvApi_IP/QvImageAveragingFilter.h"
+#include "QvApi_IP/QvMemoryReport.h"
 #include "QvApi_IP/QvNoiseReductionFilter.h"
 #include "QvApi_IP/QvPixelFormatConverter.h"
 #include "QvApi_IP/QvReverseConverter.h"
+#include "QvApi_IP/QvSNMeasurementFilter.h"
 #include "QvApi_IP/QvStillImageWriter.h"
 #include "QvSDKCommon/QvInitialize.h"
 
 namespace QvApi {
 namespace {
 
-/// What the factories know of one kind of module. One that this version does not have yet has its
-/// type number only.
+/// What the factories know of one kind of module.
 template <class Type, class Releasable, class Info = void>
 struct Row {
   Type type;
@@ -59,10 +63,10 @@ constexpr FilterRow kFilters[] = {
     Filter<CQvNoiseReductionFilter>(),
     Filter<CQvFlatFieldCorrectionFilter>(),
     Filter<CQvChromaSuppressionFilter>(),
-    {QvFilterType_SNMeasurement},
-    {QvFilterType_GraphData},
-    {QvFilterType_ImageAveraging},
-    {QvFilterType_DefectivePixelDetection},
+    Filter<CQvSNMeasurementFilter>(),
+    Filter<CQvGraphDataFilter>(),
+    Filter<CQvImageAveragingFilter>(),
+    Filter<CQvDefectivePixelDetectionFilter>(),
 };
 constexpr ConverterRow kConverters[] = {
     Converter<CQvPixelFormatConverter>(),
@@ -96,12 +100,7 @@ const auto& Find(const Rows& rows, unsigned type, const char* function) {
 
 template <class Rows>
 auto* Make(const Rows& rows, unsigned type, const char* function) {
-  const auto& row = Find(rows, type, function);
-  try {
-    return row.create();
-  } catch (const std::bad_alloc& error) {
-    throw BAD_ALLOC_EXCEPTION("%s", error.what());
-  }
+  return WithMemoryReport(Find(rows, type, function).create);
 }
 
 }  // namespace
@@ -121,6 +120,17 @@ IQvConverterReleasable* CreateIQvConverter(EQvConverterType_t type) {
 
 IQvFilerReleasable* CreateIQvFiler(EQvFilerType_t type) {
   return Make(kFilers, type, "CreateIQvFiler");
+}
+
+IQvFilterReleasable* CreateIQvGraphDataFilter(IQvSpecificTypeAllocator* allocator) {
+  CheckQvApiInitialized();
+  return WithMemoryReport([=] { return new CQvGraphDataFilter(allocator); });
+}
+
+IQvGraphDataBufferListResizableReleasable* CreateIQvGraphDataBufferListResizable(
+    IQvSpecificTypeAllocator* allocator) {
+  CheckQvApiInitialized();
+  return WithMemoryReport([=] { return new CQvGraphDataBufferList(allocator); });
 }
 
 void* GetModuleHandleIP() { return nullptr; }

@@ -4,6 +4,7 @@
 #include "QvApi_IP/IQvConverter.h"
 #include "QvApi_IP/IQvFiler.h"
 #include "QvApi_IP/IQvFilter.h"
+#include "QvApi_IP/IQvGraphDataBufferList.h"
 #include "QvSDKCommon/QvExport.h"
 
 namespace QvApi {
@@ -20,6 +21,13 @@ namespace QvApi {
 QVAPI_EXPORT IQvFilterReleasable* CreateIQvFilter(EQvFilterType_t type);
 QVAPI_EXPORT IQvConverterReleasable* CreateIQvConverter(EQvConverterType_t type);
 QVAPI_EXPORT IQvFilerReleasable* CreateIQvFiler(EQvFilerType_t type);
+
+/// A filter of type QvFilterType_GraphData that has its results in memory of `allocator`, which
+/// must outlive it; null stands for the heap.
+QVAPI_EXPORT IQvFilterReleasable* CreateIQvGraphDataFilter(IQvSpecificTypeAllocator* allocator);
+/// An empty list of graph data, with the same choice.
+QVAPI_EXPORT IQvGraphDataBufferListResizableReleasable* CreateIQvGraphDataBufferListResizable(
+    IQvSpecificTypeAllocator* allocator);
 
 /// The static descriptor of a kind of filter; never released.
 QVAPI_EXPORT IQvFilterInfo* GetIQvFilterInfo(EQvFilterType_t type);

@@ -14,9 +14,10 @@ foreach(room QvSDKCommon QvApi_IP)
   install(FILES ${interfaceHeaders} DESTINATION ${headerDir}/${room})
 endforeach()
 install(FILES
-  QvSDKCommon/CQvAutoPtr.h QvSDKCommon/QvApi_Exception.h QvSDKCommon/QvExport.h
-  QvSDKCommon/QvGenTLLib.h QvSDKCommon/QvInitialize.h QvSDKCommon/QvPixelComponent.h
-  QvSDKCommon/QvPixelComponentCode.h QvSDKCommon/QvPixelFormat.h QvSDKCommon/QvXMLFile.h
+  QvSDKCommon/CQvAutoPtr.h QvSDKCommon/EventObject.h QvSDKCommon/QvApi_Exception.h
+  QvSDKCommon/QvExport.h QvSDKCommon/QvGenTLLib.h QvSDKCommon/QvInitialize.h
+  QvSDKCommon/QvPixelComponent.h QvSDKCommon/QvPixelComponentCode.h QvSDKCommon/QvPixelFormat.h
+  QvSDKCommon/QvXMLFile.h
   DESTINATION ${headerDir}/QvSDKCommon)
 install(FILES QvApi_IP/ColorMap.h QvApi_IP/QvApi_IP.h QvApi_IP/QvFilterPtrList.h
         DESTINATION ${headerDir}/QvApi_IP)

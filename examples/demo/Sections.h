@@ -24,6 +24,8 @@ Section ShowMedian(const Scene& scene, Album& album);
 Section ShowColorTransformation(const Scene& scene, Album& album);
 Section ShowEdgeEnhancement(const Scene& scene, Album& album);
 Section ShowChromaSuppression(const Scene& scene, Album& album);
+Section ShowAveraging(const Scene& scene, Album& album);
+Section ShowNoise(const Scene& scene, Album& album);
 Section ShowFiles(const Scene& scene, Album& album);
 
 }  // namespace Demo

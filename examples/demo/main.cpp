@@ -28,6 +28,8 @@ constexpr Section (*kSteps[])(const Scene&, Album&) = {
     // Filters.
     ShowGamma, ShowBalance, ShowFlatField, ShowDarkFrame, ShowMedian, ShowColorTransformation,
     ShowEdgeEnhancement, ShowChromaSuppression,
+    // Measurements.
+    ShowAveraging, ShowNoise,
     // Files.
     ShowFiles};
 

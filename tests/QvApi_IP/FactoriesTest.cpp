@@ -28,14 +28,14 @@ const struct {
 } kFactories[] = {
     {"CreateIQvFilter",
      11,
-     {0, 1, 2, 3, 4, 5, 6},
+     {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10},
      [](unsigned type) -> const void* {
        Released filter(CreateIQvFilter(static_cast<EQvFilterType_t>(type)));
        return filter.Releasable();
      }},
     {"CreateIQvFilter",
      11,
-     {0, 1, 2, 3, 4, 5, 6},
+     {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10},
      [](unsigned type) -> const void* {
        return GetIQvFilterInfo(static_cast<EQvFilterType_t>(type));
      }},
