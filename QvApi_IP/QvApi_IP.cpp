@@ -5,6 +5,7 @@
 
 #include <iterator>
 
+#include "QvApi_IP/QvAVIWriter.h"
 #include "QvApi_IP/QvBalanceRatioFilter.h"
 #include "QvApi_IP/QvChromaSuppressionFilter.h"
 #include "QvApi_IP/QvColorTransformationFilter.h"
@@ -30,7 +31,7 @@ namespace {
 template <class Type, class Releasable, class Info = void>
 struct Row {
   Type type;
-  Releasable* (*create)() = nullptr;
+  Releasable* (*create)();
   Info* info = nullptr;
 };
 using FilterRow = Row<EQvFilterType_t, IQvFilterReleasable, IQvFilterInfo>;
@@ -74,7 +75,7 @@ constexpr ConverterRow kConverters[] = {
 };
 constexpr FilerRow kFilers[] = {
     Filer<CQvStillImageWriter>(),
-    {QvFilerType_Video},
+    Filer<CQvAVIWriter>(),
 };
 
 /// A row is found by its type number.
@@ -93,8 +94,6 @@ const auto& Find(const Rows& rows, unsigned type, const char* function) {
     throw OUT_OF_RANGE_EXCEPTION("%s = %lld must be smaller than Max = %lld", function,
                                  static_cast<long long>(type),
                                  static_cast<long long>(std::size(rows)));
-  if (!rows[type].create)
-    throw RUNTIME_EXCEPTION("%s: this version has no module of type %u", function, type);
   return rows[type];
 }
 

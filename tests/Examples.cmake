@@ -29,9 +29,14 @@ qv_add_run(Example.FilterList COMMAND $<TARGET_FILE:filter_list>
 qv_add_run(Example.OwnMemory COMMAND $<TARGET_FILE:own_memory>
            SAYS "application's: true.*into 64.*refused.*gone")
 
+qv_add_run(Example.RecordVideo COMMAND $<TARGET_FILE:record_video> new/clips
+           SAYS "^Closed new/clips/clip1.avi\nClosed .*clip2.avi\nClosed .*clip3.avi\n$")
+qv_add_run(Example.RecordVideoUnwritable FAILS COMMAND $<TARGET_FILE:record_video> /proc/none
+           SAYS "^record_video: File /proc/none/clip2.avi could not be opened")
+
 set(demo $<TARGET_FILE:qvapi_demo>)
 qv_add_run(Demo.Chart COMMAND ${demo} --output out
-           SAYS "7 Bilinear3.*Pol1Mono12.*Multiplication brings.*Suppressed.*The page is .*out/index.html")
+           SAYS "7 Bilinear3.*Pol1Mono12.*Multiplication brings.*Suppressed.*jpeg.avi: 75 of 75.*The page is .*out/index.html")
 # Sizes that fill no tile or group, and a picture without light, of which no mean is above another.
 qv_add_run(Demo.OddSize PREPARE ${IMAGEMAGICK_CONVERT} rose: -crop 37x19+0+0 +repage
            -type TrueColor odd.png COMMAND ${demo} odd.png SAYS "The page is .*demo-out/index.html")

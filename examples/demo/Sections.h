@@ -27,5 +27,6 @@ Section ShowChromaSuppression(const Scene& scene, Album& album);
 Section ShowAveraging(const Scene& scene, Album& album);
 Section ShowNoise(const Scene& scene, Album& album);
 Section ShowFiles(const Scene& scene, Album& album);
+Section ShowVideo(const Scene& scene, Album& album);
 
 }  // namespace Demo

@@ -31,7 +31,7 @@ constexpr Section (*kSteps[])(const Scene&, Album&) = {
     // Measurements.
     ShowAveraging, ShowNoise,
     // Files.
-    ShowFiles};
+    ShowFiles, ShowVideo};
 
 struct Options {
   std::string file, output = "demo-out";

@@ -22,6 +22,7 @@
 #include "QvApi_IP/IQvReverseConverter.h"
 #include "QvApi_IP/IQvSNMeasurementFilter.h"
 #include "QvApi_IP/IQvStillImageFiler.h"
+#include "QvApi_IP/IQvVideoFiler.h"
 #include "QvApi_IP/QvApi_IP.h"
 #include "QvApi_IP/QvFilterPtrList.h"
 #include "QvSDKCommon/CQvAutoPtr.h"

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <climits>
 #include <functional>
 #include <memory>
@@ -23,32 +22,23 @@ using Released = CQvAutoPtr<T, T>;
 const struct {
   const char* name;
   unsigned count;
-  std::vector<unsigned> available;
   std::function<const void*(unsigned type)> call;
 } kFactories[] = {
-    {"CreateIQvFilter",
-     11,
-     {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10},
+    {"CreateIQvFilter", 11,
      [](unsigned type) -> const void* {
        Released filter(CreateIQvFilter(static_cast<EQvFilterType_t>(type)));
        return filter.Releasable();
      }},
-    {"CreateIQvFilter",
-     11,
-     {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10},
+    {"CreateIQvFilter", 11,
      [](unsigned type) -> const void* {
        return GetIQvFilterInfo(static_cast<EQvFilterType_t>(type));
      }},
-    {"CreateIQvConverter",
-     2,
-     {0, 1},
+    {"CreateIQvConverter", 2,
      [](unsigned type) -> const void* {
        Released converter(CreateIQvConverter(static_cast<EQvConverterType_t>(type)));
        return converter.Releasable();
      }},
-    {"CreateIQvFiler",
-     2,
-     {0},
+    {"CreateIQvFiler", 2,
      [](unsigned type) -> const void* {
        Released filer(CreateIQvFiler(static_cast<EQvFilerType_t>(type)));
        return filer.Releasable();
@@ -65,20 +55,11 @@ TEST(Factories, RefuseTypesOutOfRangeByTheirBound) {
     }
 }
 
-TEST(Factories, MakeWhatThisVersionHasAndSayWhatItLacks) {
+TEST(Factories, MakeEveryType) {
   const Initialized initialized;
   for (const auto& factory : kFactories)
-    for (unsigned type = 0; type < factory.count; ++type) {
-      const bool has = std::count(factory.available.begin(), factory.available.end(), type) != 0;
-      const std::string message =
-          MessageOf<GenICam::RuntimeException>([&] { EXPECT_NE(factory.call(type), nullptr); });
-      if (has) {
-        EXPECT_EQ(message, "nothing thrown");
-      } else {
-        EXPECT_NE(message.find(factory.name), std::string::npos) << message;
-        EXPECT_NE(message.find(std::to_string(type)), std::string::npos) << message;
-      }
-    }
+    for (unsigned type = 0; type < factory.count; ++type)
+      EXPECT_NE(factory.call(type), nullptr) << factory.name << type;
   EXPECT_EQ(GetModuleHandleIP(), nullptr);
 }
 
