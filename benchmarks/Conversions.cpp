@@ -179,15 +179,10 @@ Operation Make(const Conversion& conversion) {
   operation.goal = {Yardstick::Memcpy, conversion.goal};
   operation.run = [scene] { scene->Convert(); };
   scene->peerDestination.assign(operation.bytesWritten, 1);
-  for (const char* name : conversion.peers) {
-    if (const Peer* peer = FindPeer(name))
-      operation.peers.push_back({name, [scene, peer] {
-                                   peer->convert(*scene->source->GetIQvImage(),
-                                                 scene->peerDestination.data());
-                                 }});
-    else
-      operation.missing.push_back(name);
-  }
+  for (const char* name : conversion.peers)
+    AddPeer(operation, name, [scene](const Peer& peer) {
+      peer.convert(*scene->source->GetIQvImage(), scene->peerDestination.data());
+    });
   return operation;
 }
 

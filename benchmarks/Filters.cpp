@@ -167,14 +167,9 @@ Operation Make(const InPlace& row) {
   operation.goal = {Yardstick::Memcpy, row.goal};
   operation.run = [scene] { scene->filter->Filter(&scene->Image()); };
   operation.restore = [scene] { scene->Restore(); };
-  if (const Peer* peer = FindPeer(row.peer))
-    operation.peers.push_back({row.peer, [scene, peer] {
-                                 peer->convert(
-                                     scene->Image(),
-                                     static_cast<std::uint8_t*>(scene->Image().GetImageBuffer()));
-                               }});
-  else if (*row.peer != 0)
-    operation.missing.push_back(row.peer);
+  AddPeer(operation, row.peer, [scene](const Peer& peer) {
+    peer.convert(scene->Image(), static_cast<std::uint8_t*>(scene->Image().GetImageBuffer()));
+  });
   return operation;
 }
 

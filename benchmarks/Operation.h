@@ -18,6 +18,7 @@ enum class Yardstick {
 struct Goal {
   Yardstick yardstick = Yardstick::Memcpy;
   double ratio = 0;
+  double extraMilliseconds = 0;  ///< Allowed on top.
 };
 
 /// Somebody else's way to the same result, or a measure to compare with.
@@ -41,7 +42,7 @@ struct Operation {
   std::vector<Contender> peers;      ///< Those that are built in.
   std::vector<std::string> missing;  ///< Those that are not.
   std::function<void()> plainWrite;  ///< For Yardstick::PlainWrite.
-  std::function<Remark()> remark;    ///< Asked after the runs; may be empty.
+  std::function<Remark(double milliseconds)> remark;  ///< Asked after the runs; may be empty.
 };
 
 /// A row by name; frames are made when it is its turn.
@@ -55,6 +56,8 @@ struct Row {
 std::vector<Row> ConversionRows();
 std::vector<Row> ReverseRows();
 std::vector<Row> FilterRows();
+std::vector<Row> MeasurementRows();
 std::vector<Row> FileRows();
+std::vector<Row> RecordingRows();
 
 }  // namespace Bench

@@ -4,9 +4,11 @@
 #include <QvApi/QvApi_IP.h>
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
-#include <string_view>
+
+#include "Operation.h"
 
 namespace Bench {
 
@@ -34,10 +36,13 @@ struct Peer {
 std::span<const Peer> OpenCvPeers();
 std::span<const Peer> Dc1394Peers();
 std::span<const Peer> YuvPeers();
+std::span<const Peer> TiffPeers();
+std::span<const Peer> TurboJpegPeers();
 std::span<const Peer> PlainPeers();
 
-/// The peer of that name, or null if it is not built in.
-const Peer* FindPeer(std::string_view name);
+/// Adds the peer of that name as a contender that is run by `run`, or notes that it is not built
+/// in. An empty name, or none, is no peer.
+void AddPeer(Operation& operation, const char* name, std::function<void(const Peer&)> run);
 
 /// The libraries that are built in, as text.
 std::string PeerLibraries();

@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Rows that mirror and turn an image into a reused destination.
+#include <array>
+#include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "Frames.h"
 #include "Operation.h"
+#include "Peers.h"
 
 namespace Bench {
 
@@ -14,34 +18,41 @@ namespace {
 
 using Converter = CQvAutoPtr<IQvConverterReleasable, IQvReverseConverter>;
 
+struct Motion {
+  bool x, y;
+  EQvRotationMode_t rotation;
+};
+constexpr Motion kFlipX{true, false, QvRotationMode_OFF};
+constexpr Motion kFlipY{false, true, QvRotationMode_OFF};
+constexpr Motion kTurn{false, false, QvRotationMode_Clockwise90};
+constexpr Motion kTurnBack{false, false, QvRotationMode_Counterclockwise90};
+
 struct Reversal {
   const char* name;
   PixelFormat format;
-  bool x, y;
-  EQvRotationMode_t rotation;
+  Motion motion;
   double goal;  // times memcpy
+  std::array<const char*, 2> peers;
 };
 
-constexpr EQvRotationMode_t kOff = QvRotationMode_OFF;
-constexpr EQvRotationMode_t kTurn = QvRotationMode_Clockwise90;
-constexpr EQvRotationMode_t kTurnBack = QvRotationMode_Counterclockwise90;
-
+using enum PixelFormat;
 constexpr Reversal kReversals[] = {
-    {"mirror in y, Mono8", PixelFormat::Mono8, false, true, kOff, 1.2},
-    {"mirror in y, BGR8", PixelFormat::BGR8, false, true, kOff, 1.2},
-    {"mirror in x, Mono8", PixelFormat::Mono8, true, false, kOff, 1.3},
-    {"mirror in x, Mono16", PixelFormat::Mono16, true, false, kOff, 1.3},
-    {"mirror in x, BGR8", PixelFormat::BGR8, true, false, kOff, 1.3},
-    {"turn clockwise, Mono8", PixelFormat::Mono8, false, false, kTurn, 2.5},
-    {"turn counterclockwise, Mono8", PixelFormat::Mono8, false, false, kTurnBack, 2.5},
-    {"turn clockwise, Mono16", PixelFormat::Mono16, false, false, kTurn, 2.5},
-    {"turn clockwise, BGR8", PixelFormat::BGR8, false, false, kTurn, 3.0},
-    {"turn counterclockwise, BGR8", PixelFormat::BGR8, false, false, kTurnBack, 3.0},
+    {"mirror in y, Mono8", Mono8, kFlipY, 1.2, {"libyuv CopyPlane", "OpenCV flip y"}},
+    {"mirror in y, BGR8", BGR8, kFlipY, 1.2, {"libyuv CopyPlane", "OpenCV flip y"}},
+    {"mirror in x, Mono8", Mono8, kFlipX, 1.3, {"libyuv MirrorPlane", "OpenCV flip x"}},
+    {"mirror in x, Mono16", Mono16, kFlipX, 1.3, {"OpenCV flip x"}},
+    {"mirror in x, BGR8", BGR8, kFlipX, 1.3, {"libyuv RGB24Mirror", "OpenCV flip x"}},
+    {"turn clockwise, Mono8", Mono8, kTurn, 2.5, {"libyuv RotatePlane90", "OpenCV rotate"}},
+    {"turn counterclockwise, Mono8", Mono8, kTurnBack, 2.5, {"libyuv RotatePlane270"}},
+    {"turn clockwise, Mono16", Mono16, kTurn, 2.5, {"OpenCV rotate"}},
+    {"turn clockwise, BGR8", BGR8, kTurn, 3.0, {"OpenCV rotate"}},
+    {"turn counterclockwise, BGR8", BGR8, kTurnBack, 3.0, {"OpenCV rotate back"}},
 };
 
 struct Scene {
   Buffer source, destination;
   Converter converter;
+  std::vector<std::uint8_t> peerDestination;
 
   void Convert() { converter->Convert(source->GetIQvImage(), destination.Get()); }
 };
@@ -51,9 +62,9 @@ Operation Make(const Reversal& reversal) {
   scene->source = MakeFrame(reversal.format);
   scene->destination = Buffer(CreateIQvImageBuffer(nullptr));
   scene->converter = Converter(CreateIQvConverter(QvConverterType_Reverse));
-  scene->converter->SetReverseX(reversal.x);
-  scene->converter->SetReverseY(reversal.y);
-  scene->converter->SetRotationMode(reversal.rotation);
+  scene->converter->SetReverseX(reversal.motion.x);
+  scene->converter->SetReverseY(reversal.motion.y);
+  scene->converter->SetRotationMode(reversal.motion.rotation);
   scene->Convert();
 
   Operation operation;
@@ -61,6 +72,11 @@ Operation Make(const Reversal& reversal) {
   operation.bytesWritten = operation.bytesRead;
   operation.goal = {Yardstick::Memcpy, reversal.goal};
   operation.run = [scene] { scene->Convert(); };
+  scene->peerDestination.assign(operation.bytesWritten, 1);
+  for (const char* name : reversal.peers)
+    AddPeer(operation, name, [scene](const Peer& peer) {
+      peer.convert(*scene->source->GetIQvImage(), scene->peerDestination.data());
+    });
   return operation;
 }
 

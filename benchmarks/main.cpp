@@ -52,7 +52,8 @@ Options Parse(int argc, char** argv) {
 
 std::vector<Row> AllRows() {
   std::vector<Row> rows;
-  for (const auto family : {ConversionRows, ReverseRows, FilterRows, FileRows})
+  for (const auto family :
+       {ConversionRows, ReverseRows, FilterRows, MeasurementRows, FileRows, RecordingRows})
     for (Row& row : family()) rows.push_back(std::move(row));
   return rows;
 }
@@ -96,12 +97,15 @@ void PrintRow(const Row& row, const Effort& effort) {
   const Operation operation = row.make();
   const Result result = Measure(operation, effort);
   const double reached = result.Ratio(operation.goal.yardstick);
-  const Remark remark = operation.remark ? operation.remark() : Remark{};
+  const Remark remark = operation.remark ? operation.remark(result.milliseconds) : Remark{};
 
   char goal[32];
-  std::snprintf(goal, sizeof goal, "%.2f %s", operation.goal.ratio,
-                NameOf(operation.goal.yardstick));
-  const bool isReached = reached <= operation.goal.ratio && remark.reached;
+  const double extra = operation.goal.extraMilliseconds;
+  const int length = std::snprintf(goal, sizeof goal, "%.2f %s", operation.goal.ratio,
+                                   NameOf(operation.goal.yardstick));
+  if (extra > 0) std::snprintf(goal + length, sizeof goal - length, "+%.0fus", 1000 * extra);
+  const double allowed = operation.goal.ratio + reached * extra / result.milliseconds;
+  const bool isReached = reached <= allowed && remark.reached;
   std::printf("%-30s %8.3f %8s %-13s %-7s %-22s %8s %8s", row.name.c_str(), result.milliseconds,
               Times(result.Ratio(Yardstick::Memcpy)).c_str(), goal,
               reached == 0 ? "?"
