@@ -100,39 +100,13 @@ class DemosaicReference {
     for (const Colour colour : {R, G, B}) Set(d(colour, x, y), s(x, y));
   }
 
+  /// The tile that (x, y) is in, but for green its row alone.
   void NearestPixel(int x, int y) {
-    const int x0 = x & ~1;
-    const int y0 = y & ~1;
-    const bool oneColumn = x0 == m_w - 1;
-    const bool oneRow = y0 == m_h - 1;
-    const Colour first = RowColour(0);
-    const Colour second = RowColour(1);
-    int X = 0, Y = 0, gUpper = 0, gLower = 0;
-    const int w = m_w, h = m_h;
-    if (!GreenFirst()) {
-      if (oneColumn && oneRow) {
-        X = s(w - 1, h - 1), gUpper = s(w - 2, h - 1), Y = s(w - 2, h - 2);
-      } else if (oneColumn) {
-        X = s(w - 1, y0), Y = s(w - 2, y0 + 1), gUpper = s(w - 2, y0), gLower = s(w - 1, y0 + 1);
-      } else if (oneRow) {
-        X = s(x0, h - 1), gUpper = s(x0 + 1, h - 1), Y = s(x0 + 1, h - 2);
-      } else {
-        X = s(x0, y0), gUpper = s(x0 + 1, y0), gLower = s(x0, y0 + 1), Y = s(x0 + 1, y0 + 1);
-      }
-    } else {
-      if (oneColumn && oneRow) {
-        gUpper = s(w - 1, h - 1), X = s(w - 2, h - 1), Y = s(w - 1, h - 2);
-      } else if (oneColumn) {
-        X = s(w - 2, y0), Y = s(w - 1, y0 + 1), gUpper = s(w - 1, y0), gLower = s(w - 2, y0 + 1);
-      } else if (oneRow) {
-        gUpper = s(x0, h - 1), X = s(x0 + 1, h - 1), Y = s(x0, h - 2);
-      } else {
-        gUpper = s(x0, y0), X = s(x0 + 1, y0), Y = s(x0, y0 + 1), gLower = s(x0 + 1, y0 + 1);
+    for (const int i : {x & ~1, x | 1}) {
+      for (const int j : {y & ~1, y | 1}) {
+        if (ColourAt(i, j) != G || j == y) Set(d(ColourAt(i, j), x, y), Reflected(i, j));
       }
     }
-    Set(d(first, x, y), X);
-    Set(d(second, x, y), Y);
-    Set(d(G, x, y), y == y0 ? gUpper : gLower);
   }
 
   /// Column and row as the window methods read them outside the image.
@@ -156,8 +130,8 @@ class DemosaicReference {
   }
 
   void Nearest2Pixel(int x, int y) {
-    for (int j = y; j <= y + 1; ++j) {
-      for (int i = x; i <= x + 1; ++i) {
+    for (const int i : {x, x + 1}) {
+      for (const int j : {y, y + 1}) {
         if (ColourAt(i, j) != G) Set(d(ColourAt(i, j), x, y), Reflected(i, j));
       }
     }
@@ -182,9 +156,7 @@ class DemosaicReference {
   /// One value of a row's own two colours as a mean of the neighbours in the row.
   int RowMean(Colour colour, int x, int y) const {
     if (ColourAt(x, y) == colour) return s(x, y);
-    if (x == 0) return s(1, y);
-    if (x == m_w - 1) return s(m_w - 2, y);
-    return (s(x - 1, y) + s(x + 1, y)) >> 1;
+    return (Reflected(x - 1, y) + Reflected(x + 1, y)) >> 1;
   }
 
   void Bilinear() {
@@ -194,13 +166,10 @@ class DemosaicReference {
         Set(d(RowColour(y), x, y), RowMean(RowColour(y), x, y));
       }
     }
-    for (int y = 1; y < m_h - 1; ++y) {
+    for (int y = 0; y < m_h; ++y) {
       const Colour c = LackedColour(y);
-      for (int x = 0; x < m_w; ++x) Set(d(c, x, y), (d(c, x, y - 1) + d(c, x, y + 1)) >> 1);
-    }
-    for (int x = 0; x < m_w; ++x) {
-      d(LackedColour(0), x, 0) = d(LackedColour(0), x, 1);
-      d(LackedColour(m_h - 1), x, m_h - 1) = d(LackedColour(m_h - 1), x, m_h - 2);
+      const int above = Reflect(y - 1, m_h), below = Reflect(y + 1, m_h);
+      for (int x = 0; x < m_w; ++x) Set(d(c, x, y), (d(c, x, above) + d(c, x, below)) >> 1);
     }
   }
 
@@ -223,30 +192,24 @@ class DemosaicReference {
     const bool redFirst = (RowColour(0) == R) != m_reverse;
     const Colour held[2] = {redFirst ? R : B, redFirst ? B : R};
     if (m_h == 6 || m_h == 7) return BicubicColumnsOfSixOrSeven(held[0], held[1]);
-    const int he = m_h & ~1;
-    for (int y = 0; y < m_h; ++y) {
-      const Colour c = held[(y + 1) & 1];
-      for (int x = 0; x < m_w; ++x) {
-        if (y == 0) {
-          m(c, x, y) = m(c, x, 1);
-        } else if (y == m_h - 1) {
-          m(c, x, y) = m(c, x, m_h - 2);
-        } else if (y >= 3 && y <= he - 4) {
-          Set(m(c, x, y), Cubic(m(c, x, y - 1), m(c, x, y + 1), m(c, x, y - 3), m(c, x, y + 3)));
-        } else {
-          Set(m(c, x, y), (m(c, x, y - 1) + m(c, x, y + 1)) >> 1);
-        }
-      }
+    for (int y = 0; y < m_h; ++y) BicubicColumn(held[(y + 1) & 1], y);
+  }
+
+  /// A colour of a memory row from the rows above and below.
+  void BicubicColumn(Colour c, int y) {
+    const int above = y == 0 ? 1 : y - 1, below = y == m_h - 1 ? m_h - 2 : y + 1;
+    const bool isCubic = y >= 3 && y <= (m_h & ~1) - 4;
+    for (int x = 0; x < m_w; ++x) {
+      const int a = m(c, x, above), b = m(c, x, below);
+      Set(m(c, x, y), isCubic ? Cubic(a, b, m(c, x, y - 3), m(c, x, y + 3)) : (a + b) >> 1);
     }
   }
 
   /// `first` is what the even memory rows are taken to hold, `second` the odd ones.
   void BicubicColumnsOfSixOrSeven(Colour first, Colour second) {
-    for (int x = 0; x < m_w; ++x) {
-      m(second, x, 0) = m(second, x, 1);
-      Set(m(first, x, 1), (m(first, x, 0) + m(first, x, 2)) >> 1);
-      Set(m(second, x, 2), (m(second, x, 1) + m(second, x, 3)) >> 1);
-    }
+    BicubicColumn(second, 0);
+    BicubicColumn(first, 1);
+    BicubicColumn(second, 2);
     for (int x = 0; x < m_w; ++x) {
       const int beyond = (m_w + x) * Stride() + Component(first);
       Set(m(first, x, 3), (MemoryRow(1)[beyond] + MemoryRow(3)[beyond]) >> 1);

@@ -38,4 +38,18 @@ void ForEachTarget(Check&& check) {
   }
 }
 
+/// Calls `check(count, slack)` on each of them for lines of every length up to that of several
+/// vectors, and for lines that end `slack` samples before the border of their memory.
+template <class Check>
+void ForEachLine(Check&& check) {
+  ForEachTarget([&](const std::string&) {
+    for (size_t i = 0; i < 210 + 64; ++i) {
+      const size_t count = i < 210 ? i : 131 + i % 3;
+      SCOPED_TRACE("count " + std::to_string(count));
+      check(count, i < 210 ? 0 : i - 210);
+      if (::testing::Test::HasFatalFailure()) return;
+    }
+  });
+}
+
 }  // namespace QvApi::Kernels

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <random>
 #include <span>
+#include <vector>
 
 #include "GuardedMemory.h"
 
@@ -46,6 +49,40 @@ class GuardedLine {
   GuardedMemory m_memory;
   std::span<T> m_all;
   std::span<T> m_line;
+};
+
+/// A guarded line of random samples for the vector form of a kernel, and the same samples for its
+/// scalar form.
+template <class T>
+class TwinLine {
+ public:
+  /// Lines of different seeds have different alignments, but none has slack if `slack` is 0.
+  TwinLine(size_t count, size_t slack, uint32_t seed) : m_guarded(count, slack * seed % 64) {
+    m_guarded.FillRandom(seed);
+    m_copy.assign(m_guarded.samples().begin(), m_guarded.samples().end());
+  }
+  T* vector() { return m_guarded.data(); }
+  T* scalar() { return m_copy.data(); }
+
+  /// Changes the random samples by `change(x, sample)` beforehand.
+  template <class Change>
+  void Shape(Change change) {
+    for (size_t x = 0; x < m_copy.size(); ++x) {
+      change(x, m_copy[x]);
+      m_guarded.data()[x] = m_copy[x];
+    }
+  }
+
+  /// Both forms made the same of the line, and the vectors touched nothing beside it.
+  void Check() {
+    const auto [made, expected] = std::ranges::mismatch(m_guarded.samples(), m_copy);
+    ASSERT_TRUE(expected == m_copy.end()) << "from sample " << expected - m_copy.begin() << " on";
+    ASSERT_TRUE(m_guarded.SurroundingsIntact());
+  }
+
+ private:
+  GuardedLine<T> m_guarded;
+  std::vector<T> m_copy;
 };
 
 }  // namespace QvApi::Kernels

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -13,37 +12,33 @@
 
 namespace QvApi::Testing {
 
-/// Padding with which an image has the default pitch of its format.
-inline std::size_t DefaultPadding(PixelFormat format, std::size_t width) {
-  const IQvPixelFormatInfoInside& info = Info(format);
-  return info.GetLinePitch(width, info.GetDefaultLineAlignment()) - info.GetLinePitch(width, 1);
-}
-
-/// An image that a calibration of its size and format agrees with.
-inline TestImage DefaultImage(std::size_t width, std::size_t height, PixelFormat format) {
-  return TestImage(width, height, format, DefaultPadding(format, width));
-}
-
 /// All samples of an image, line by line.
-inline std::vector<std::vector<unsigned>> Samples(const IQvImage& image) {
-  std::vector<std::vector<unsigned>> lines(image.GetImageHeight());
+using SampleLines = std::vector<std::vector<unsigned>>;
+
+inline SampleLines Samples(const IQvImage& image) {
+  SampleLines lines(image.GetImageHeight());
   for (std::size_t y = 0; y < lines.size(); ++y)
     for (std::size_t x = 0; x < image.GetImageWidth(); ++x)
       lines[y].push_back(SampleAt(image, x, y));
   return lines;
 }
 
-inline void SetSamples(const IQvImage& image, const std::vector<std::vector<unsigned>>& lines) {
+inline void SetSamples(const IQvImage& image, const SampleLines& lines) {
   for (std::size_t y = 0; y < lines.size(); ++y)
     for (std::size_t x = 0; x < lines[y].size(); ++x) SetSample(image, x, y, lines[y][x]);
 }
 
-inline TestImage Uniform(std::size_t width, std::size_t height, PixelFormat format, unsigned value,
-                         std::size_t morePadding = 0) {
-  TestImage image(width, height, format, DefaultPadding(format, width) + morePadding);
-  SetSamples(image, {height, std::vector<unsigned>(width, value)});
-  return image;
-}
+/// An image of one level with the default pitch of its format, as calibrations agree with, or more.
+class DefaultImage : public TestImage {
+ public:
+  DefaultImage(std::size_t width, std::size_t height, PixelFormat format, unsigned level = 0,
+               std::size_t morePadding = 0)
+      : TestImage(width, height, format,
+                  Info(format).GetLinePitch(width, Info(format).GetDefaultLineAlignment()) -
+                      LineBytes(format, width) + morePadding) {
+    SetSamples(*this, {height, std::vector<unsigned>(width, level)});
+  }
+};
 
 /// Hands in an image for calibration, which must not change.
 template <class Filter>
@@ -55,46 +50,60 @@ void Calibrate(Filter& filter, TestImage& image) {
   EXPECT_EQ(image.All(), before);
 }
 
-/// The filter changes the image.
+/// Calibrates the filter by an image of 8 x 7 pixels of one level.
 template <class Filter>
-bool Changes(Filter& filter, TestImage&& image) {
-  const auto before = image.All();
+void CalibrateBy(Filter& filter, unsigned level) {
+  DefaultImage image(8, 7, PixelFormat::Mono8, level);
+  Calibrate(filter, image);
+}
+
+/// What the filter makes of an image of 8 x 7 pixels of level 50.
+template <class Filter>
+unsigned Corrected(Filter& filter) {
+  DefaultImage image(8, 7, PixelFormat::Mono8, 50);
   filter.Filter(&image);
-  return image.All() != before;
+  return SampleAt(image, 4, 3);
+}
+
+/// After calibration the filter makes of an image what `reference(samples, calibration)` makes, and
+/// writes nothing beside.
+template <class Filter, class Reference>
+void CompareCalibrated(Filter& filter, TestImage& calibration, TestImage& image,
+                       Reference reference) {
+  Calibrate(filter, calibration);
+  DefaultImage expected(image.GetImageWidth(), image.GetImageHeight(), image.GetImagePixelFormat());
+  expected.All() = image.All();
+  SetSamples(expected, reference(Samples(image), Samples(calibration)));
+  ASSERT_EQ(filter.Filter(&image), &image);
+  ASSERT_EQ(image.All(), expected.All())
+      << NameOf(image.GetImagePixelFormat()) << " " << image.GetImageWidth() << " x "
+      << image.GetImageHeight();
 }
 
 /// A filter that changes images of level 50 if it was calibrated by one of level 10 does so only
 /// with images that agree in all things.
 template <class Filter>
 void ExpectCorrectsImagesThatAgreeOnly(Filter& filter) {
-  for (PixelFormat format : {PixelFormat::Mono8, PixelFormat::BayerRG12}) {
+  for (auto [format, other] : {std::pair{PixelFormat::Mono8, PixelFormat::BayerRG8},
+                               {PixelFormat::BayerRG12, PixelFormat::BayerGR12}}) {
     SCOPED_TRACE(NameOf(format));
-    const PixelFormat other =
-        format == PixelFormat::Mono8 ? PixelFormat::BayerRG8 : PixelFormat::BayerGR12;
-    TestImage flat = Uniform(8, 7, format, 10);
-    Calibrate(filter, flat);
-    EXPECT_TRUE(Changes(filter, Uniform(8, 7, format, 50)));
-    EXPECT_FALSE(Changes(filter, Uniform(8, 6, format, 50)));
-    EXPECT_FALSE(Changes(filter, Uniform(7, 7, format, 50))) << "same pitch in Mono8";
-    EXPECT_FALSE(Changes(filter, Uniform(12, 7, format, 50)));
-    EXPECT_FALSE(Changes(filter, Uniform(8, 7, other, 50)));
-    for (std::size_t padding : {1, 2, 4, 8})
-      EXPECT_FALSE(Changes(filter, Uniform(8, 7, format, 50, padding))) << padding;
-    EXPECT_TRUE(Changes(filter, Uniform(8, 7, format, 50))) << "the calibration is still there";
-
-    // One of an image with padding has the default pitch too, and agrees not even with its own.
-    TestImage padded = Uniform(8, 7, format, 10, 4);
-    Calibrate(filter, padded);
-    EXPECT_FALSE(Changes(filter, Uniform(8, 7, format, 50, 4)));
-    EXPECT_TRUE(Changes(filter, Uniform(8, 7, format, 50)));
-
-    TestImage frame = Uniform(16, 14, format, 50);
-    const Buffer buffer = MakeBuffer();
-    buffer->CopyImage(&frame);
-    IQvImage* view = buffer->GetIQvImage()->GetROIImage(0, 0, 8, 7);
-    const auto before = Samples(*view);
-    filter.Filter(view);
-    EXPECT_EQ(Samples(*view), before) << "a view has the pitch of its image";
+    const auto changes = [&](DefaultImage&& image) {
+      const auto before = image.All();
+      filter.Filter(&image);
+      return image.All() != before;
+    };
+    DefaultImage flat(8, 7, format, 10), padded(8, 7, format, 10, 4);
+    for (TestImage* image : {static_cast<TestImage*>(&flat), static_cast<TestImage*>(&padded)}) {
+      Calibrate(filter, *image);
+      EXPECT_TRUE(changes({8, 7, format, 50}));
+      EXPECT_FALSE(changes({8, 6, format, 50}));
+      EXPECT_FALSE(changes({7, 7, format, 50})) << "same pitch in Mono8";
+      EXPECT_FALSE(changes({12, 7, format, 50}));
+      EXPECT_FALSE(changes({8, 7, other, 50}));
+      for (std::size_t padding : {1, 2, 4, 8})
+        EXPECT_FALSE(changes({8, 7, format, 50, padding})) << "even if its own had that";
+      EXPECT_TRUE(changes({8, 7, format, 50})) << "the calibration is still there";
+    }
   }
 }
 
@@ -103,27 +112,20 @@ void ExpectCorrectsImagesThatAgreeOnly(Filter& filter) {
 /// `otherLevel` by one of 20.
 template <class Filter>
 void ExpectKeepsTheLastCalibration(Filter& filter, unsigned level, unsigned otherLevel) {
-  const auto corrected = [&] {
-    TestImage image = Uniform(8, 7, PixelFormat::Mono8, 50);
-    filter.Filter(&image);
-    return SampleAt(image, 4, 3);
-  };
-  EXPECT_EQ(corrected(), 50U) << "there is no calibration yet";
-  TestImage ten = Uniform(8, 7, PixelFormat::Mono8, 10),
-            twenty = Uniform(8, 7, PixelFormat::Mono8, 20);
-  Calibrate(filter, twenty);
-  EXPECT_EQ(corrected(), otherLevel);
-  EXPECT_EQ(corrected(), otherLevel) << "again";
+  EXPECT_EQ(Corrected(filter), 50U) << "there is no calibration yet";
+  CalibrateBy(filter, 20);
+  EXPECT_EQ(Corrected(filter), otherLevel);
+  EXPECT_EQ(Corrected(filter), otherLevel) << "again";
+  DefaultImage ten(8, 7, PixelFormat::Mono8, 10), twenty(8, 7, PixelFormat::Mono8, 20);
   filter.SetCalibrationEnable(true);
   filter.Filter(&twenty);
   filter.Filter(&ten);
   filter.SetCalibrationEnable(false);
-  EXPECT_EQ(corrected(), level);
+  EXPECT_EQ(Corrected(filter), level);
   filter.SetCalibrationEnable(true);
   filter.SetCalibrationEnable(false);
-  EXPECT_EQ(corrected(), level) << "it is kept until the next image";
   std::ranges::fill(ten.All(), std::uint8_t{99});
-  EXPECT_EQ(corrected(), level) << "it is a copy";
+  EXPECT_EQ(Corrected(filter), level) << "it is a copy, kept until the next image";
 
   filter.SetCalibrationEnable(true);
   ForeignImage noPixels(nullptr, 0, 0, 0, PixelFormat::Mono8);
@@ -133,47 +135,7 @@ void ExpectKeepsTheLastCalibration(Filter& filter, unsigned level, unsigned othe
   EXPECT_EQ(MessageOf<GenICam::RuntimeException>([&] { filter.Filter(&color); }),
             "Not supported pixelformat BGR8");
   filter.SetCalibrationEnable(false);
-  EXPECT_EQ(corrected(), 50U) << "the calibration that failed left none";
-}
-
-/// `CalibrationEnable` in its three forms: typed, register 0x20 and feature.
-template <class Filter>
-void ExpectCalibrationEnableRegister(Filter& filter) {
-  EXPECT_FALSE(filter.GetCalibrationEnable());
-  for (unsigned value : {1U, 2U, 1U, 0U, 1U, 0xFFFFFFFFU, 1U, 257U}) {
-    WriteRegister(filter, 0x20, value);
-    EXPECT_EQ(filter.GetCalibrationEnable(), value == 1) << value;
-    EXPECT_EQ(ReadRegister<unsigned>(filter, 0x20), value == 1 ? 1U : 0U) << value;
-  }
-  const GenApi::CBooleanPtr feature(filter.GetINodeMap()->GetNode("CalibrationEnable"));
-  for (bool value : {true, false, true}) {
-    filter.SetCalibrationEnable(value);
-    EXPECT_EQ(ReadRegister<unsigned>(filter, 0x20), value ? 1U : 0U);
-    EXPECT_EQ(feature->GetValue(), value) << "the setter made the node forget";
-    feature->SetValue(!value);
-    EXPECT_EQ(filter.GetCalibrationEnable(), !value);
-  }
-  filter.SetCalibrationEnable(false);
-}
-
-/// The features of the document's only category, each for experts and streamable.
-template <class Filter>
-void ExpectFeaturesForExperts(Filter& filter, const std::vector<std::string>& names) {
-  GenApi::FeatureList_t root, features;
-  GenApi::INodeMap* map = filter.GetINodeMap();
-  GenApi::CCategoryPtr(map->GetNode("Root"))->GetFeatures(root);
-  ASSERT_EQ(root.size(), 1U);
-  EXPECT_EQ(std::string(root[0]->GetNode()->GetName().c_str()), "FilterInformation");
-  GenApi::CCategoryPtr(map->GetNode("FilterInformation"))->GetFeatures(features);
-  std::vector<std::string> found;
-  for (GenApi::IValue* feature : features) {
-    const GenApi::INode* node = feature->GetNode();
-    found.emplace_back(node->GetName().c_str());
-    EXPECT_EQ(node->GetVisibility(), GenApi::Expert) << found.back();
-    EXPECT_TRUE(node->IsStreamable()) << found.back();
-    EXPECT_EQ(feature->GetAccessMode(), GenApi::RW) << found.back();
-  }
-  EXPECT_EQ(found, names);
+  EXPECT_EQ(Corrected(filter), 50U) << "the calibration that failed left none";
 }
 
 }  // namespace QvApi::Testing

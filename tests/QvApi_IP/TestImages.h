@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -13,6 +14,7 @@
 #include <vector>
 
 #include "QvApi_TL/PixelFormatTable.h"
+#include "QvSDKCommon/IQvAllocator.h"
 #include "QvSDKCommon/IQvPixelFormatInfo.h"
 #include "QvSDKCommon/ImageTestSupport.h"
 #include "QvSDKCommon/QvInitialize.h"
@@ -45,9 +47,44 @@ inline std::size_t LineBytes(PixelFormat format, std::size_t width) {
   return Info(format).GetLinePitch(width, 1);
 }
 
+/// What memory holds before somebody writes.
+constexpr std::uint8_t kOld = 0xA5;
+
+/// Gives one block of old bytes at a time, between guards of more of them.
+class OldMemory : public IQvAllocator {
+ public:
+  explicit OldMemory(std::uint8_t old = kOld) : m_old(old) {}
+
+  void Allocate(void** buffer, std::size_t size, void** context) override {
+    m_block.assign(size + 2 * kGuard, m_old);
+    *buffer = m_block.data() + kGuard;
+    *context = nullptr;
+  }
+  void Deallocate(void*, std::size_t, void*) override {}
+  void OnDeregister() override {}
+
+  /// All bytes, those of the guards too.
+  const std::vector<std::uint8_t>& Block() const { return m_block; }
+  bool IsIntact() const {
+    const auto isOld = [this](std::uint8_t byte) { return byte == m_old; };
+    return m_block.empty() || (std::all_of(m_block.begin(), m_block.begin() + kGuard, isOld) &&
+                               std::all_of(m_block.end() - kGuard, m_block.end(), isOld));
+  }
+
+ private:
+  static constexpr std::ptrdiff_t kGuard = 64;
+
+  const std::uint8_t m_old;
+  std::vector<std::uint8_t> m_block;
+};
+
 /// An image of one format in memory of its own, with `kCanary` bytes around it.
 class TestImage : public ForeignImage {
  public:
+  TestImage(const TestImage&) = delete;  // it would show the same pixels
+  TestImage(TestImage&&) = default;
+  TestImage& operator=(const TestImage&) = delete;
+
   /// @param padding  bytes of a line behind its significant ones
   TestImage(std::size_t width, std::size_t height, PixelFormat format, std::size_t padding = 0)
       : TestImage(
