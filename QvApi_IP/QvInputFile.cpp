@@ -33,7 +33,7 @@ bool SeekTo(std::FILE* file, std::uint64_t position) {
 }
 
 bool ReadBytes(std::FILE* file, void* bytes, std::size_t size) {
-  return std::fread(bytes, 1, size, file) == size;
+  return size == 0 || std::fread(bytes, 1, size, file) == size;
 }
 
 }  // namespace QvApi

@@ -159,7 +159,7 @@ void ThrowUnwritable(const GenICam::gcstring& fileName) {
 }
 
 bool WriteBytes(std::FILE* file, const void* bytes, std::size_t size) {
-  return std::fwrite(bytes, 1, size, file) == size;
+  return size == 0 || std::fwrite(bytes, 1, size, file) == size;
 }
 
 namespace {

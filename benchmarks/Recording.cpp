@@ -2,6 +2,7 @@
 // Rows that record video, to memory-backed disk where there is one.
 #include <turbojpeg.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdint>
@@ -26,7 +27,8 @@ namespace {
 using VideoFiler = CQvAutoPtr<IQvFilerReleasable, IQvVideoFiler>;
 using Converter = CQvAutoPtr<IQvConverterReleasable, IQvPixelFormatConverter>;
 
-constexpr std::size_t kBuffers = 10;  // as many as the filer has
+constexpr std::size_t kBuffers = 10;        // as many as the filer has
+constexpr std::uintmax_t kHeadSize = 2048;  // of AVI 1.0 with JPEG
 
 // Hands over a frame while no other is on its way, so that nothing but the caller's own work is
 // measured, and does the conversion alone, into as many buffers in turn.
@@ -43,6 +45,7 @@ struct Scene {
 
   Scene() {
     filer->SetVideoFileFormat(QvVideoFileFormat_AVI1);
+    filer->SetVideoFileCompression(QvVideoFileCompression_MotionJPEG);
     filer->SetMaximumFrameCountPerFile(100000);
     filer->RegisterFileName(file.c_str());
     for (std::size_t i = 0; i < kBuffers; ++i) buffers.emplace_back(CreateIQvImageBuffer(nullptr));
@@ -53,12 +56,16 @@ struct Scene {
     }
   }
 
+  // The file grows once for its head, and then for each frame.
   void WaitUntilWritten() {
-    std::error_code ignored;
-    while (isUnderWay && std::filesystem::file_size(file, ignored) == fileSize)
-      std::this_thread::yield();
+    const auto present = [this] {
+      std::error_code error;
+      const std::uintmax_t size = std::filesystem::file_size(file, error);
+      return error ? 0 : size;
+    };
+    while (isUnderWay && present() <= std::max(fileSize, kHeadSize)) std::this_thread::yield();
     isUnderWay = false;
-    if (frameNumber > 0) fileSize = std::filesystem::file_size(file);
+    fileSize = present();
   }
   void Record() {
     isUnderWay = true;

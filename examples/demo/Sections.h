@@ -25,6 +25,7 @@ Section ShowColorTransformation(const Scene& scene, Album& album);
 Section ShowEdgeEnhancement(const Scene& scene, Album& album);
 Section ShowChromaSuppression(const Scene& scene, Album& album);
 Section ShowAveraging(const Scene& scene, Album& album);
+Section ShowGraphs(const Scene& scene, Album& album);
 Section ShowNoise(const Scene& scene, Album& album);
 Section ShowFiles(const Scene& scene, Album& album);
 Section ShowVideo(const Scene& scene, Album& album);

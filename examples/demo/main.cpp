@@ -29,7 +29,7 @@ constexpr Section (*kSteps[])(const Scene&, Album&) = {
     ShowGamma, ShowBalance, ShowFlatField, ShowDarkFrame, ShowMedian, ShowColorTransformation,
     ShowEdgeEnhancement, ShowChromaSuppression,
     // Measurements.
-    ShowAveraging, ShowNoise,
+    ShowAveraging, ShowGraphs, ShowNoise,
     // Files.
     ShowFiles, ShowVideo};
 

@@ -110,6 +110,8 @@ TEST_F(GraphDataFiles, UnusualOnesAreReadToo) {
   EXPECT_EQ(ElementsOf(*m_list.GetIQvGraphDataBuffer(0)), (Elements{10, 20}));
   EXPECT_EQ(ElementsOf(*m_list.GetIQvGraphDataBuffer(1)), Elements{30});
   EXPECT_EQ(m_list.GetIQvGraphDataBuffer(1)->GetGraphDataType(), kPlain);
+  bytes.resize(52);
+  std::fill_n(bytes.begin() + 44, 4, std::uint8_t{99});  // record size
   EXPECT_EQ(Load(bytes, 48, 0), "nothing thrown");
   EXPECT_EQ(m_list.GetGraphDataBufferCount(), 0U);
   ASSERT_EQ(Load(Example(), 140, 0), "nothing thrown");  // of the second entry

@@ -34,12 +34,11 @@ TEST(GraphDataFilterThreads, AFetchedListStaysWhileOthersAreFilled) {
   CQvGraphDataFilter filter;
   std::atomic<bool> done = false;
   std::jthread writer([&] {
-    for (unsigned i = 0; i < 3000; ++i) {
-      TestImage image(16, 16, PixelFormat::BayerRG8);
+    TestImage image(16, 16, PixelFormat::BayerRG8);
+    for (unsigned i = 0; !done; ++i) {
       std::ranges::fill(image.All(), static_cast<std::uint8_t>(i));
       filter.Filter(&image);
     }
-    done = true;
   });
   std::jthread settings([&] {
     for (unsigned i = 0; !done; ++i) {
@@ -47,10 +46,12 @@ TEST(GraphDataFilterThreads, AFetchedListStaysWhileOthersAreFilled) {
       std::this_thread::yield();
     }
   });
-  while (!done && !testing::Test::HasFatalFailure()) {
+  for (int round = 0; round < 3000 && !testing::Test::HasFatalFailure(); ++round) {
     const auto* list = dynamic_cast<CQvGraphDataBufferList*>(filter.GetIQvGraphDataBufferList());
     for (int again = 0; again < 3; ++again) ExpectOneImage(*list);
+    std::this_thread::yield();
   }
+  done = true;
 }
 
 }  // namespace
