@@ -14,23 +14,13 @@
 namespace QvApi::Kernels {
 namespace {
 
-constexpr uint32_t kOld = 3;  // Counts that are there before.
-
-/// Histograms of all channels behind each other.
-class Counts {
- public:
-  explicit Counts(unsigned bits)
-      : m_size(size_t{1} << bits), m_counts(kMaxHistogramPeriod * m_size, kOld) {}
-  Histograms Of() {
-    uint32_t* const all = m_counts.data();
-    return {all, all + m_size, all + 2 * m_size, all + 3 * m_size};
-  }
-  bool operator==(const Counts&) const = default;
-
- private:
-  size_t m_size;
-  std::vector<uint32_t> m_counts;
-};
+/// Histograms of all channels behind each other, with counts of before.
+using Counts = std::vector<uint32_t>;
+Counts Make(unsigned bits) { return Counts(kMaxHistogramPeriod << bits, 3); }
+Histograms Of(Counts& counts) {
+  const size_t size = counts.size() / kMaxHistogramPeriod;
+  return {&counts[0], &counts[size], &counts[2 * size], &counts[3 * size]};
+}
 
 /// Random samples, or long stretches of one value with few others in between.
 template <class T>
@@ -63,9 +53,9 @@ TYPED_TEST(HistogramTest, AgreesWithScalar) {
       GuardedLine<TypeParam> line(count, slack);
       Fill(line, count, inStretches);
       const unsigned bits = sizeof(TypeParam) == 1 ? 8 : count % 2 == 0 ? 10 : 12;
-      Counts counts(bits), expected(bits);
-      AddToHistograms(line.data(), count, period, bits, counts.Of());
-      Scalar::AddToHistograms(line.data(), count, period, bits, expected.Of());
+      Counts counts = Make(bits), expected = counts;
+      AddToHistograms(line.data(), count, period, bits, Of(counts));
+      Scalar::AddToHistograms(line.data(), count, period, bits, Of(expected));
       ASSERT_TRUE(counts == expected) << count << " samples, period " << period;
     });
   });
@@ -75,18 +65,18 @@ TEST(HistogramOfPairs, AgreesWithScalar) {
   std::vector<uint32_t> pairs(kMaxHistogramPeriod * kPairCounters);
   ForEachTarget([&](const std::string&) {
     for (size_t period = 1; period <= kMaxHistogramPeriod; ++period) {
-      Counts counts(8), expected(8);
+      Counts counts = Make(8), expected = counts;
       std::ranges::fill(pairs, 0U);
       ForEachLine([&](size_t count, size_t slack, size_t linePeriod, bool inStretches) {
         if (linePeriod != period) return;
         GuardedLine<uint8_t> upper(count, slack), lower(count, 64 - slack);
         Fill(upper, count, inStretches);
         Fill(lower, count, inStretches && count % 2 == 0);
-        AddToPairs(upper.data(), lower.data(), count, period, counts.Of(), pairs.data());
+        AddToPairs(upper.data(), lower.data(), count, period, Of(counts), pairs.data());
         for (auto* line : {&upper, &lower})
-          Scalar::AddToHistograms(line->data(), count, period, 8, expected.Of());
+          Scalar::AddToHistograms(line->data(), count, period, 8, Of(expected));
       });
-      AddPairs(pairs.data(), period, counts.Of());
+      AddPairs(pairs.data(), period, Of(counts));
       ASSERT_TRUE(counts == expected) << "period " << period;
     }
   });

@@ -46,12 +46,15 @@ TEST(GraphDataFilterThreads, AFetchedListStaysWhileOthersAreFilled) {
       std::this_thread::yield();
     }
   });
+  struct Stop {
+    std::atomic<bool>& done;
+    ~Stop() { done = true; }
+  } stop{done};
   for (int round = 0; round < 3000 && !testing::Test::HasFatalFailure(); ++round) {
     const auto* list = dynamic_cast<CQvGraphDataBufferList*>(filter.GetIQvGraphDataBufferList());
     for (int again = 0; again < 3; ++again) ExpectOneImage(*list);
     std::this_thread::yield();
   }
-  done = true;
 }
 
 }  // namespace
