@@ -52,8 +52,8 @@ class QVAPI_EXPORT IQvGraphDataBufferListResizable : public IQvGraphDataBufferLi
   /// @throws GenICam::InvalidArgumentException  `pSource` is null
   /// @throws GenICam::BadAllocException         no memory
   virtual void CopyGraphDataBufferList(const IQvGraphDataBufferList* pSource) = 0;
-  /// @throws GenICam::OutOfRangeException  there is no such array
   using IQvGraphDataBufferList::GetIQvGraphDataBuffer;
+  /// @throws GenICam::OutOfRangeException  there is no such array
   virtual IQvGraphDataBufferResizable* GetIQvGraphDataBuffer(std::size_t nIndex) = 0;
 };
 
